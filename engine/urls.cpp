@@ -1,0 +1,119 @@
+#include "urls.h"
+
+#include "desktop.h"
+#include "failure.h"
+#include "textfile.h"
+
+#include <QStringList>
+
+namespace {
+
+const QString Slashes = QStringLiteral("//");
+
+// The text after the first "//". Without one, the position arithmetic of the original routine
+// drops only the first character; kept so every helper cuts the same way.
+QString afterSlashes(const QString &url)
+{
+    return url.mid(url.indexOf(Slashes) + 2);
+}
+
+} // namespace
+
+QString HostOf(const QString &url, Desktop &desktop)
+{
+    if (!url.startsWith(QLatin1String("http://")) && !url.startsWith(QLatin1String("ftp:"))) {
+        desktop.messageBox(QStringLiteral("Dirección incorrecta."), Desktop::Icon::Critical);
+        return HostError;
+    }
+    const QString rest = afterSlashes(url);
+    // The colon is looked for over the whole rest, so one in the path cuts the host as well.
+    int end = rest.indexOf(QLatin1Char(':'));
+    if (end < 0)
+        end = rest.indexOf(QLatin1Char('/'));
+    return end < 0 ? rest : rest.left(end);
+}
+
+quint16 PortOf(const QString &url)
+{
+    const int slashes = url.indexOf(Slashes);
+    if (slashes < 0)
+        return 80;
+    const QString scheme = url.left(slashes);
+    const QString rest = url.mid(slashes + 2);
+    const int colon = rest.indexOf(QLatin1Char(':'));
+    if (colon >= 0) {
+        const int slash = rest.indexOf(QLatin1Char('/'), colon + 1);
+        if (slash < 0)
+            throw Failure(QStringLiteral("El puerto de la dirección no va seguido de \"/\""));
+        const QString digits = rest.mid(colon + 1, slash - colon - 1);
+        const qint64 port = leadingNumber(digits);
+        if (port < 0 || port > 65535)
+            throw Failure(QStringLiteral("Puerto incorrecto: ") + digits);
+        return quint16(port);
+    }
+    return scheme == QLatin1String("ftp:") ? 21 : 80;
+}
+
+QString PathOf(const QString &url)
+{
+    const QString rest = afterSlashes(url);
+    const int slash = rest.indexOf(QLatin1Char('/'));
+    return slash < 0 ? QString() : rest.mid(slash + 1);
+}
+
+QString FileNameOf(const QString &url)
+{
+    const QString index = QStringLiteral("index.html");
+    if (!url.contains(Slashes))
+        return index;
+    QString left = afterSlashes(url);
+    const int first = left.indexOf(QLatin1Char('/'));
+    if (first >= 0)
+        left = left.mid(first + 1);
+    const int last = left.lastIndexOf(QLatin1Char('/'));
+    QString name = last > 0 ? left.mid(last + 1) : left;
+    if (name.isEmpty())
+        name = index;
+    Reemplazar(name, QStringLiteral("%20"), QStringLiteral(" "));
+    return name;
+}
+
+QString ResolveDots(const QString &url)
+{
+    if (url.isEmpty())
+        return QString();
+    QString scheme;
+    for (const QLatin1String prefix : {QLatin1String("http://"), QLatin1String("ftp://")}) {
+        if (url.startsWith(prefix))
+            scheme = prefix;
+    }
+    const QStringList parts = url.mid(scheme.size()).split(QLatin1Char('/'));
+    constexpr int MaxSegments = 256;
+    if (parts.size() > MaxSegments)
+        throw Failure(QStringLiteral("Demasiados segmentos en la dirección"));
+    QStringList segments;
+    for (const QString &part : parts) {
+        if (part == QLatin1String("..")) {
+            // ".." drops itself and the segment before it, but never the first one (the host):
+            // the index would step back past the start of the table.
+            if (segments.size() < 2)
+                throw Failure(QStringLiteral("La dirección sube por encima de su raíz"));
+            segments.removeLast();
+        } else {
+            segments.append(part);
+        }
+    }
+    return scheme + segments.join(QLatin1Char('/'));
+}
+
+void Reemplazar(QString &text, const QString &search, const QString &replacement)
+{
+    if (!search.isEmpty())
+        text.replace(search, replacement);
+}
+
+QString ExtensionOf(const QString &name)
+{
+    const int dot = name.lastIndexOf(QLatin1Char('.'));
+    return dot < 0 ? QString() : name.mid(dot + 1);
+}

@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Installs the Debian packages Corvane needs (only those missing) and builds it into build/.
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+packages=(cmake g++ ninja-build qt6-base-dev qt6-qpa-plugins libgl-dev fonts-dejavu-core
+          nginx-light python3-pyftpdlib)
+missing=()
+for p in "${packages[@]}"; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+if ((${#missing[@]})); then
+    echo "Installing: ${missing[*]}"
+    sudo=""
+    [ "$(id -u)" -ne 0 ] && sudo=sudo
+    $sudo apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends \
+        "${missing[@]}" >/dev/null
+fi
+
+werror=OFF
+[ -n "${CI:-}" ] && werror=ON
+if [ ! -f "$root/build/build.ninja" ]; then
+    cmake -S "$root" -B "$root/build" -G Ninja -DCORVANE_WERROR=$werror >/dev/null
+else
+    cmake "$root/build" -DCORVANE_WERROR=$werror >/dev/null
+fi
+cmake --build "$root/build"

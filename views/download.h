@@ -1,0 +1,90 @@
+#pragma once
+
+#include "downloadrow.h"
+
+#include <QRect>
+#include <QWidget>
+
+class QFrame;
+class QLabel;
+class QProgressBar;
+
+// Where the children of a row go for a row width, in twips: four equal columns around the
+// fixed-width percentage column.
+struct RowLayout
+{
+    int q = 0; // column width; negative when the row is narrower than the percentage column
+    QRect filename, avance, porciento, candado, nbytes, urll;
+    int lineEnd = 0;
+};
+RowLayout rowLayout(int rowWidth, int percentWidth, int lockWidth);
+
+// One download drawn as one row: file name, progress, percentage (or a lock), size and URL.
+class download final : public QWidget, public DownloadRow
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(download)
+
+public:
+    static constexpr int RowHeight = 300;     // twips
+    static constexpr int PercentWidth = 675;  // twips
+    static constexpr int LockWidth = 240;     // twips
+
+    explicit download(QWidget *parent = nullptr);
+
+    void setLocked(bool locked) override;
+    bool locked() const override { return m_locked; }
+    void setPorcentaje(int percent) override;
+    int porcentaje() const override { return m_percent; }
+    void setBytes(const QString &text) override;
+    QString bytes() const override;
+    void setArchivo(const QString &text) override;
+    QString archivo() const override;
+    void setUrl(const QString &text) override;
+    QString url() const override;
+    void setSelected(bool selected) override;
+    bool selected() const override { return m_selected; }
+    void setFinalizado(bool finished) override { m_finished = finished; }
+    bool finalizado() const override { return m_finished; }
+    void setRedoend(bool exhausted) override;
+    bool redoend() const override { return m_redoend; }
+    void setReconectando(bool reconnecting) override;
+    bool reconectando() const override { return m_reconnecting; }
+    void setToolTip(const QString &text) override { QWidget::setToolTip(text); }
+    void DownloadEnd() override;
+
+    quint32 baseColour() const { return m_baseColour; }
+    quint32 backgroundColour() const { return m_background; }
+    quint32 labelColour() const { return m_labelColour; }
+
+Q_SIGNALS:
+    void Click();
+    void DblClick();
+    void MouseUp(int button);
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void paintBackground(quint32 colour);
+    void paintLabels(quint32 colour);
+
+    QLabel *m_filename;
+    QProgressBar *m_avance;
+    QLabel *m_porciento;
+    QLabel *m_candado;
+    QLabel *m_nbytes;
+    QLabel *m_urll;
+    QFrame *m_line;
+
+    quint32 m_baseColour = 0xFFFFFF;
+    quint32 m_background = 0xFFFFFF;
+    quint32 m_labelColour = 0;
+    int m_percent = 0;
+    bool m_locked = false;
+    bool m_selected = false;
+    bool m_finished = false;
+    bool m_redoend = false;
+    bool m_reconnecting = false;
+};
