@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ftplogin.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -22,6 +24,8 @@ public:
     virtual QString openFileDialog(const QString &initial, const QString &filter) = 0;
     virtual QString saveFileDialog(const QString &initial, const QString &filter) = 0;
     virtual QString chooseFolder(const QString &initial) = 0;
+    // The FTP login dialog, shown modally under `caption`; returns what the person left in it.
+    virtual FtpCredentials askFtpLogin(const QString &caption, const FtpCredentials &initial) = 0;
     virtual void playSound(const QString &path) = 0;
     // A message window with a picture; `imagePath` is empty when there is no picture to show.
     virtual void showMessageWindow(const QString &text, const QString &imagePath) = 0;

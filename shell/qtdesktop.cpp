@@ -1,5 +1,6 @@
 #include "qtdesktop.h"
 
+#include "ftplogindialog.h"
 #include "messagewindow.h"
 
 #include <QApplication>
@@ -80,6 +81,15 @@ QString QtDesktop::saveFileDialog(const QString &initial, const QString &filter)
 QString QtDesktop::chooseFolder(const QString &initial)
 {
     return QFileDialog::getExistingDirectory(m_mainWindow, QString(), initial);
+}
+
+FtpCredentials QtDesktop::askFtpLogin(const QString &caption, const FtpCredentials &initial)
+{
+    FtpLoginDialog dialog(m_mainWindow);
+    dialog.setWindowTitle(caption);
+    dialog.setCredentials(initial);
+    dialog.exec();
+    return dialog.credentials();
 }
 
 void QtDesktop::playSound(const QString &path)

@@ -26,6 +26,7 @@ public:
     QString openFileDialog(const QString &initial, const QString &filter) override;
     QString saveFileDialog(const QString &initial, const QString &filter) override;
     QString chooseFolder(const QString &initial) override;
+    FtpCredentials askFtpLogin(const QString &caption, const FtpCredentials &initial) override;
     void playSound(const QString &path) override;
     void showMessageWindow(const QString &text, const QString &imagePath) override;
     void raiseTrayIndicator(const QString &text) override;

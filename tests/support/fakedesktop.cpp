@@ -52,9 +52,12 @@ std::optional<QString> FakeDesktop::inputBox(const QString &prompt, const QStrin
     calls.append(QStringLiteral("inputBox|") + prompt + QLatin1Char('|') + initial);
     if (inputAnswers.empty())
         return std::nullopt;
-    auto answer = inputAnswers.front();
+    const bool cancelled = !inputAnswers.front().has_value();
+    const QString text = inputAnswers.front().value_or(QString());
     inputAnswers.pop_front();
-    return answer;
+    if (cancelled)
+        return std::nullopt;
+    return text;
 }
 
 QString FakeDesktop::nextFile()
@@ -82,6 +85,19 @@ QString FakeDesktop::chooseFolder(const QString &initial)
 {
     calls.append(QStringLiteral("chooseFolder|") + initial);
     return nextFile();
+}
+
+FtpCredentials FakeDesktop::askFtpLogin(const QString &caption, const FtpCredentials &initial)
+{
+    calls.append(QStringLiteral("askFtpLogin|") + caption + QLatin1Char('|') + initial.usernm +
+                 QLatin1Char('|') + initial.passw);
+    if (whileAsking)
+        whileAsking();
+    if (loginAnswers.empty())
+        return initial;
+    FtpCredentials answer = loginAnswers.front();
+    loginAnswers.pop_front();
+    return answer;
 }
 
 void FakeDesktop::playSound(const QString &path)

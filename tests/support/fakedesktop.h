@@ -15,6 +15,8 @@ public:
     std::deque<bool> yesNoAnswers;
     std::deque<std::optional<QString>> inputAnswers;
     std::deque<QString> fileAnswers;
+    // What the person leaves in the FTP login dialog; none queued keeps what it showed.
+    std::deque<FtpCredentials> loginAnswers;
     // Runs inside a modal question, as the person thinks; events keep arriving meanwhile.
     std::function<void()> whileAsking;
 
@@ -26,6 +28,7 @@ public:
     QString openFileDialog(const QString &initial, const QString &filter) override;
     QString saveFileDialog(const QString &initial, const QString &filter) override;
     QString chooseFolder(const QString &initial) override;
+    FtpCredentials askFtpLogin(const QString &caption, const FtpCredentials &initial) override;
     void playSound(const QString &path) override;
     void showMessageWindow(const QString &text, const QString &imagePath) override;
     void raiseTrayIndicator(const QString &text) override;

@@ -1,0 +1,117 @@
+#pragma once
+
+#include "downloadrow.h"
+#include "downloadslot.h"
+#include "notifier.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <array>
+#include <memory>
+
+class Desktop;
+class HistorySink;
+class InactiveList;
+class Transfer;
+struct Settings;
+
+// The texts of the detail panel, for the selected download.
+struct DownloadDetails
+{
+    QString porcientot;
+    QString bytest;
+    QString velmedia;
+    QString tiempou;
+    QString tiemporest;
+};
+
+// The running downloads: 41 slots (slot 0 is never used), each with its row and its
+// connections, the list file "activas.dwn", the limits, and the timers that measure speed,
+// count silence and switch the computer off.
+class ActiveList final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(ActiveList)
+
+public:
+    ActiveList(const Settings &settings, Desktop &desktop, HistorySink &history,
+               const ProgramFolder &folder, RowFactory rows, QObject *parent = nullptr);
+    ~ActiveList() override;
+
+    void setInactiveList(InactiveList *inactive) { m_inactive = inactive; }
+    // Starts the once-a-second timers; tests call the ticks themselves.
+    void startTimers();
+
+    void load();
+    // Adds a download and starts it; the new slot's index, or 0 when it could not be added.
+    int addnew(const QString &Data, const QString &path, qint64 total, qint64 bytes,
+               bool allowredo, qint64 tiempo, bool loading, const QString &usernm,
+               const QString &passw, bool rememb);
+    // A link dropped on a window: asks where to save it, then adds or queues it.
+    void AgregarArrastrando(const QString &url);
+    bool existe(int index) const;
+    void delfile(int index, bool borrar);
+    void toinact(int index);
+    void guardar_lista_activas();
+
+    // Rows loaded, the template row included, as the limits count them.
+    int rowCount() const;
+    int highestIndex() const;
+    bool hasRow(int index) const;
+    DownloadSlot &slotAt(int index) { return m_slots.at(index); }
+    DownloadRow *rowAt(int index) { return m_rows.at(index).get(); }
+    Transfer *transferAt(int index) { return m_transfers.at(index).get(); }
+
+    int seleccionado() const { return m_selected; }
+    void setSeleccionado(int index);
+    const DownloadDetails &details() const { return m_details; }
+    void setApagar(bool on) { m_apagar = on; }
+    bool apagar() const { return m_apagar; }
+
+    void tiempotransTick();
+    void updateTick();
+    void shutdownTick();
+
+    // Called by the transfers.
+    const Settings &settings() const { return m_settings; }
+    Desktop &desktop() { return m_desktop; }
+    Notifier &notifier() { return m_notifier; }
+    void showStatus(int panel, const QString &text);
+    void showProgress(int index);
+    void transferFinished(int index);
+    void retriesExhausted(int index);
+
+Q_SIGNALS:
+    void statusText(int panel, const QString &text);
+    void rowsChanged();
+    void rowRemoved(int index);
+    void detailsChanged();
+    void downloadFinished(const QString &path);
+    void totalSpeed(int kbPerSecond);
+    void shutdownRequested();
+
+private:
+    int nextFreeIndex() const;
+    void unload(int index);
+    void pullFromQueue();
+
+    const Settings &m_settings;
+    Desktop &m_desktop;
+    HistorySink &m_history;
+    ProgramFolder m_folder;
+    Notifier m_notifier;
+    RowFactory m_makeRow;
+    InactiveList *m_inactive = nullptr;
+
+    std::array<DownloadSlot, SlotCount> m_slots;
+    std::array<std::unique_ptr<DownloadRow>, SlotCount> m_rows;
+    std::array<std::unique_ptr<Transfer>, SlotCount> m_transfers;
+
+    int m_selected = 0;
+    DownloadDetails m_details;
+    bool m_apagar = false;
+    QTimer m_tiempotrans;
+    QTimer m_update;
+    QTimer m_shutdown;
+};

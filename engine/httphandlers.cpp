@@ -1,0 +1,176 @@
+// The HTTP side of a transfer; `ws` also carries FTP data, which these handlers write.
+#include "activelist.h"
+#include "downloadrow.h"
+#include "downloadslot.h"
+#include "failure.h"
+#include "httpresponse.h"
+#include "settings.h"
+#include "texts.h"
+#include "transfer.h"
+#include "urls.h"
+
+#include <QFileInfo>
+
+void Transfer::wsConnected()
+{
+    DownloadSlot &s = slot();
+    if (!s.ftpestado.isEmpty())
+        return;
+    m_sindatos = 0;
+    try {
+        if (s.bytes == 0)
+            s.bytes = 1;
+        m_file.open(s.path);
+        // Compared with `bytes` itself, not `bytes` - 1: a file whose length equals `bytes`
+        // keeps the old value.
+        if (m_file.length() != s.bytes)
+            s.bytes = m_file.length() + 1;
+        m_requestStart = s.bytes;
+        m_ws.write(Http::request(m_wsPath, HostOf(s.Data, m_list.desktop()), s.bytes - 1));
+        m_file.seek(s.allowredo ? s.bytes : 1);
+        s.bytesinicio = m_file.position();
+        row().setReconectando(false);
+        s.tiempoinicio = s.tiempo;
+    } catch (const Failure &failure) {
+        m_list.notifier().playSound(QStringLiteral("ding.wav"));
+        m_list.notifier().message(QStringLiteral("Error al intentar descargar ") + row().archivo() +
+                                      QStringLiteral(" (") + failure.description() +
+                                      QStringLiteral(")"),
+                                  QStringLiteral("error.gif"));
+    }
+}
+
+void Transfer::wsReadyRead()
+{
+    const QByteArray chunk = m_ws.readAll();
+    if (chunk.isEmpty())
+        return;
+    m_handled = false;
+    try {
+        qsizetype payloadStart = 0;
+        if (Http::isHead(chunk)) {
+            handleHead(chunk, payloadStart);
+            if (m_handled)
+                return;
+        }
+        writePayload(QByteArrayView(chunk).sliced(payloadStart));
+    } catch (const Failure &) {
+        // A reply that cannot be taken apart, or a failed write, ends this chunk quietly.
+    }
+}
+
+void Transfer::handleHead(QByteArrayView chunk, qsizetype &payloadStart)
+{
+    DownloadSlot &s = slot();
+    const int code = Http::statusCode(chunk);
+    switch (code) {
+    case 401:
+        return fail(QStringLiteral("Acceso denegado al archivo"));
+    case 404:
+        return fail(QStringLiteral("El archivo ") + s.Data + QStringLiteral(" no existe."));
+    case 500:
+        return fail(QStringLiteral("Error interno del servidor ") + s.Data + QStringLiteral("."));
+    case 400:
+        return fail(QStringLiteral("Error de sintaxis en la petición"));
+    case 302:
+        return redirect(Http::location(chunk));
+    default:
+        break;
+    }
+    // The reply decides where its bytes go: a 206 continues where the Range line asked, any
+    // other reply carries the whole file from its first byte.
+    const bool partial = code == 206;
+    s.allowredo = partial;
+    const qint64 start = partial ? m_requestStart : 1;
+    const qint64 length = Http::contentLength(chunk);
+    if (length >= 0)
+        s.total = length + start - 1;
+    m_file.seek(start);
+    s.bytesinicio = start;
+    payloadStart = Http::bodyStart(chunk);
+}
+
+void Transfer::writePayload(QByteArrayView payload)
+{
+    DownloadSlot &s = slot();
+    m_file.write(payload);
+    s.bytes = m_file.position();
+    m_sindatos = 0;
+    m_list.showProgress(m_index);
+    if (s.total != 0 && s.bytes - 1 >= s.total) {
+        closeWs();
+        finished();
+    }
+}
+
+void Transfer::fail(const QString &text)
+{
+    m_handled = true;
+    m_list.notifier().playSound(QStringLiteral("ding.wav"));
+    m_list.notifier().message(text, QStringLiteral("error.gif"));
+    closeWs();
+    m_file.close();
+    row().setRedoend(true);
+}
+
+void Transfer::redirect(const QString &address)
+{
+    m_handled = true;
+    DownloadSlot &s = slot();
+    m_list.showStatus(1, QStringLiteral("El archivo ") + s.Data + QStringLiteral(" ha sido movido a ") +
+                             address + QStringLiteral(".Se reconectará a esa dirección"));
+    closeWs();
+    m_file.close();
+    row().setReconectando(true);
+    s.Data = address;
+    m_wsHost = HostOf(address, m_list.desktop());
+    m_wsPort = PortOf(address);
+    m_wsPath = PathOf(address);
+    m_ws.connectToHost(m_wsHost, m_wsPort);
+}
+
+void Transfer::wsClosedByPeer()
+{
+    // Bytes that came with the close are still to be written.
+    if (m_ws.bytesAvailable() > 0) {
+        wsReadyRead();
+        if (m_handled)
+            return;
+    }
+    DownloadSlot &s = slot();
+    s.velocidad = 0;
+    // Up to three bytes short of the size still counts as finished; an unknown size always does.
+    if (s.total - 2 > s.bytes)
+        lost();
+    else
+        finished();
+}
+
+void Transfer::lost()
+{
+    m_list.showStatus(1, QStringLiteral("Se ha perdido la conexión con ") + slot().Data +
+                             QStringLiteral(" . Reconectando..."));
+    row().setReconectando(true);
+    closeWs();
+    armRedo();
+    m_file.close();
+}
+
+void Transfer::finished()
+{
+    m_handled = true;
+    m_file.close();
+    closeWs();
+    m_list.transferFinished(m_index);
+}
+
+void Transfer::wsError(QAbstractSocket::SocketError error)
+{
+    // A close by the server is reported as an error too; the close handler deals with it.
+    if (error == QAbstractSocket::RemoteHostClosedError)
+        return;
+    m_list.showStatus(1, m_ws.errorString());
+    closeWs();
+    m_file.close();
+    armRedo();
+}

@@ -1,0 +1,94 @@
+#include "httpresponse.h"
+
+#include "failure.h"
+#include "textfile.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace {
+
+const QByteArrayView CrLf("\r\n");
+const QByteArrayView LfLf("\n\n");
+
+// The end of a header value: the first CR LF from `from` on, else the first LF LF.
+qsizetype valueEnd(QByteArrayView chunk, qsizetype from)
+{
+    qsizetype end = chunk.indexOf(CrLf, from);
+    if (end < 0)
+        end = chunk.indexOf(LfLf, from);
+    if (end < 0)
+        throw Failure(QStringLiteral("Cabecera sin final de línea"));
+    return end;
+}
+
+// Like QByteArray::mid: clamped to the view, never out of range.
+QByteArrayView part(QByteArrayView view, qsizetype from, qsizetype length)
+{
+    from = std::clamp<qsizetype>(from, 0, view.size());
+    return view.sliced(from, std::clamp<qsizetype>(length, 0, view.size() - from));
+}
+
+QString numberText(QByteArrayView bytes)
+{
+    return QString::fromLatin1(bytes.data(), bytes.size());
+}
+
+} // namespace
+
+namespace Http {
+
+QByteArray request(const QString &path, const QString &host, qint64 rangeStart)
+{
+    return QByteArrayLiteral("GET /") + path.toUtf8() + QByteArrayLiteral(" HTTP/1.1\r\n") +
+           QByteArrayLiteral("User-Agent: Corvane\r\n") + QByteArrayLiteral("Host: ") +
+           host.toUtf8() + QByteArrayLiteral("\r\n") + QByteArrayLiteral("Connection: close\r\n") +
+           QByteArrayLiteral("Range: bytes=") + QByteArray::number(rangeStart) +
+           QByteArrayLiteral("-\r\n\r\n");
+}
+
+bool isHead(QByteArrayView chunk)
+{
+    return chunk.startsWith(QByteArrayView("HTTP/1."));
+}
+
+int statusCode(QByteArrayView chunk)
+{
+    return int(leadingNumber(numberText(part(chunk, 9, 3))));
+}
+
+qint64 contentLength(QByteArrayView chunk)
+{
+    static const QByteArrayView Name("content-length: ");
+    const auto sameLetter = [](char a, char b) {
+        return std::tolower(static_cast<unsigned char>(a)) == static_cast<unsigned char>(b);
+    };
+    const auto found = std::search(chunk.begin(), chunk.end(), Name.begin(), Name.end(), sameLetter);
+    if (found == chunk.end())
+        return -1;
+    const qsizetype at = found - chunk.begin();
+    const qsizetype end = valueEnd(chunk, at);
+    return leadingNumber(numberText(part(chunk, at + Name.size(), end - at - Name.size())));
+}
+
+qsizetype bodyStart(QByteArrayView chunk)
+{
+    qsizetype at = chunk.indexOf(QByteArrayView("\r\n\r\n"));
+    if (at >= 0)
+        return at + 4;
+    at = chunk.indexOf(LfLf);
+    return at >= 0 ? at + 2 : 0;
+}
+
+QString location(QByteArrayView chunk)
+{
+    static const QByteArrayView Name("Location: ");
+    const qsizetype at = chunk.indexOf(Name);
+    if (at < 0)
+        return QString();
+    const qsizetype from = at + Name.size();
+    const QByteArrayView address = part(chunk, from, valueEnd(chunk, from) - from);
+    return QString::fromUtf8(address.data(), address.size());
+}
+
+} // namespace Http

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+
+class TextFileReader;
+class TextFileWriter;
+
+// One download as the list files keep it. The active list writes the first nine lines, the
+// inactive list adds `locked` as a tenth; the two files are not interchangeable.
+struct ListRecord
+{
+    QString Data;
+    QString path;
+    qint64 total = 0;
+    qint64 bytes = 0;
+    qint64 tiempo = 0;
+    bool allowredo = false;
+    QString usernm;
+    QString passw;
+    bool rememb = false;
+    bool locked = false;
+};
+
+enum class ListKind { Active, Inactive };
+
+void writeRecord(TextFileWriter &writer, const ListRecord &record, ListKind kind);
+// Throws Failure on a truncated block or a value that is not a boolean.
+ListRecord readRecord(TextFileReader &reader, ListKind kind);

@@ -1,0 +1,29 @@
+#include "slotfile.h"
+
+#include "failure.h"
+
+void SlotFile::open(const QString &path)
+{
+    m_file.close();
+    m_file.setFileName(path);
+    // Unbuffered: every chunk goes straight to the file, so nothing is pending when it closes.
+    if (!m_file.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
+        throw Failure(m_file.errorString());
+}
+
+void SlotFile::close()
+{
+    m_file.close();
+}
+
+void SlotFile::seek(qint64 position)
+{
+    if (!m_file.seek(position - 1))
+        throw Failure(m_file.errorString());
+}
+
+void SlotFile::write(QByteArrayView data)
+{
+    if (m_file.write(data.data(), data.size()) != data.size())
+        throw Failure(m_file.errorString());
+}

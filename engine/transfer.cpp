@@ -1,0 +1,110 @@
+#include "transfer.h"
+
+#include "activelist.h"
+#include "downloadrow.h"
+#include "downloadslot.h"
+#include "failure.h"
+#include "settings.h"
+#include "urls.h"
+
+namespace {
+
+// A close of our own must not look like a close by the server: no signal leaves the socket.
+void closeQuietly(QTcpSocket &socket)
+{
+    const QSignalBlocker blocker(socket);
+    socket.abort();
+}
+
+} // namespace
+
+Transfer::Transfer(ActiveList &list, int index, int retries)
+    : m_list(list), m_index(index), m_redoTag(retries)
+{
+    m_redo.setSingleShot(false);
+    connect(&m_redo, &QTimer::timeout, this, &Transfer::redoTick);
+    connect(&m_ws, &QTcpSocket::connected, this, &Transfer::wsConnected);
+    connect(&m_ws, &QTcpSocket::readyRead, this, &Transfer::wsReadyRead);
+    connect(&m_ws, &QTcpSocket::disconnected, this, &Transfer::wsClosedByPeer);
+    connect(&m_ws, &QTcpSocket::errorOccurred, this, &Transfer::wsError);
+}
+
+DownloadSlot &Transfer::slot()
+{
+    return m_list.slotAt(m_index);
+}
+
+DownloadRow &Transfer::row()
+{
+    return *m_list.rowAt(m_index);
+}
+
+bool Transfer::aim()
+{
+    const QString &address = slot().Data;
+    m_wsPort = PortOf(address);
+    m_wsHost = HostOf(address, m_list.desktop());
+    m_ftpHost = m_wsHost;
+    m_ftpPort = m_wsPort;
+    m_wsPath = PathOf(address);
+    return m_wsHost != HostError;
+}
+
+void Transfer::start()
+{
+    const QString &address = slot().Data;
+    if (address.startsWith(QLatin1String("http://")))
+        m_ws.connectToHost(m_wsHost, m_wsPort);
+    else if (address.startsWith(QLatin1String("ftp://")))
+        m_ftp.connectToHost(m_ftpHost, m_ftpPort);
+}
+
+void Transfer::stop()
+{
+    m_redo.stop();
+    closeWs();
+    closeFtp();
+    m_file.close();
+}
+
+void Transfer::closeWs()
+{
+    closeQuietly(m_ws);
+}
+
+void Transfer::closeFtp()
+{
+    closeQuietly(m_ftp);
+}
+
+void Transfer::armRedo()
+{
+    m_redo.setInterval(m_list.settings().segsv * 1000);
+    m_redo.start();
+}
+
+void Transfer::redoTick()
+{
+    m_redo.stop();
+    --m_redoTag;
+    if (m_redoTag >= 0) {
+        closeWs();
+        closeFtp();
+        m_file.close();
+        row().setReconectando(true);
+        start();
+        return;
+    }
+    m_list.retriesExhausted(m_index);
+}
+
+void Transfer::countSilence()
+{
+    ++m_sindatos;
+    // A retry already waiting is left to run: starting it again would restart its countdown.
+    if (m_sindatos > m_list.settings().waitv && !row().redoend() && !m_redo.isActive()) {
+        closeWs();
+        m_file.close();
+        armRedo();
+    }
+}
