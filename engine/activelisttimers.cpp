@@ -46,8 +46,8 @@ void ActiveList::updateTick()
             else if (slot.velocidad < 1 || slot.total <= 0)
                 m_details.tiemporest = QStringLiteral("*");
             else
-                m_details.tiemporest =
-                    elapsedText((slot.total - slot.bytes) / 1024 / slot.velocidad);
+                m_details.tiemporest = elapsedText(
+                    std::llround(double(slot.total - slot.bytes) / 1024.0 / slot.velocidad));
             Q_EMIT detailsChanged();
         }
     }
