@@ -303,6 +303,9 @@ void ActiveList::transferFinished(int index)
     if (m_settings.exevirus && !m_settings.virus.isEmpty() &&
         m_settings.ext.contains(extension, Qt::CaseInsensitive))
         m_desktop.startProgram(m_settings.virus + QLatin1Char(' ') + slot.path);
+    // The message above may have been open while the person removed the download.
+    if (!m_rows[index])
+        return;
     if (m_settings.dellista)
         delfile(index, false);
     else

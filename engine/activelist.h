@@ -2,6 +2,7 @@
 
 #include "downloadrow.h"
 #include "downloadslot.h"
+#include "ftplogin.h"
 #include "notifier.h"
 
 #include <QObject>
@@ -81,6 +82,10 @@ public:
     void showProgress(int index);
     void transferFinished(int index);
     void retriesExhausted(int index);
+    // The caption of the one FTP login dialog; it reads WrongUserCaption while a refused login
+    // is being asked again.
+    QString loginCaption() const { return m_loginCaption; }
+    void setLoginCaption(const QString &caption) { m_loginCaption = caption; }
 
 Q_SIGNALS:
     void statusText(int panel, const QString &text);
@@ -111,6 +116,7 @@ private:
     int m_selected = 0;
     DownloadDetails m_details;
     bool m_apagar = false;
+    QString m_loginCaption = LoginCaption;
     QTimer m_tiempotrans;
     QTimer m_update;
     QTimer m_shutdown;

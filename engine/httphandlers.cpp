@@ -106,11 +106,12 @@ void Transfer::writePayload(QByteArrayView payload)
 void Transfer::fail(const QString &text)
 {
     m_handled = true;
-    m_list.notifier().playSound(QStringLiteral("ding.wav"));
-    m_list.notifier().message(text, QStringLiteral("error.gif"));
+    // Final: no retry. The message comes last, as the person may act while it is open.
     closeWs();
     m_file.close();
     row().setRedoend(true);
+    m_list.notifier().playSound(QStringLiteral("ding.wav"));
+    m_list.notifier().message(text, QStringLiteral("error.gif"));
 }
 
 void Transfer::redirect(const QString &address)
@@ -161,6 +162,8 @@ void Transfer::finished()
     m_handled = true;
     m_file.close();
     closeWs();
+    // An FTP control connection has nothing more to do either.
+    closeFtp();
     m_list.transferFinished(m_index);
 }
 

@@ -27,6 +27,10 @@ Transfer::Transfer(ActiveList &list, int index, int retries)
     connect(&m_ws, &QTcpSocket::readyRead, this, &Transfer::wsReadyRead);
     connect(&m_ws, &QTcpSocket::disconnected, this, &Transfer::wsClosedByPeer);
     connect(&m_ws, &QTcpSocket::errorOccurred, this, &Transfer::wsError);
+    connect(&m_ftp, &QTcpSocket::connected, this, &Transfer::ftpConnected);
+    connect(&m_ftp, &QTcpSocket::readyRead, this, &Transfer::ftpReadyRead);
+    connect(&m_ftp, &QTcpSocket::disconnected, this, &Transfer::ftpClosedByPeer);
+    connect(&m_ftp, &QTcpSocket::errorOccurred, this, &Transfer::ftpError);
 }
 
 DownloadSlot &Transfer::slot()

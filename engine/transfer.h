@@ -56,6 +56,14 @@ private:
     void lost();
     void finished();
 
+    // The FTP control connection.
+    void ftpConnected();
+    void ftpReadyRead();
+    void ftpClosedByPeer();
+    void ftpError(QAbstractSocket::SocketError error);
+    void ftpSend(const QString &text);
+    void loginRefused();
+
     ActiveList &m_list;
     const int m_index;
     QTcpSocket m_ws;
