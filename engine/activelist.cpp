@@ -205,6 +205,20 @@ void ActiveList::toinact(int index)
     guardar_lista_activas();
 }
 
+void ActiveList::delend()
+{
+    for (int i = 0; i <= highestIndex(); ++i) {
+        if (i == m_selected)
+            setSeleccionado(0);
+        if (m_slots[i].activa && m_rows[i] && m_rows[i]->finalizado()) {
+            unload(i);
+            m_slots[i].path.clear();
+            m_slots[i].activa = false;
+        }
+    }
+    Q_EMIT rowsChanged();
+}
+
 void ActiveList::guardar_lista_activas()
 {
     TextFileWriter writer;

@@ -55,6 +55,8 @@ public:
     void delfile(int index, bool borrar);
     void toinact(int index);
     void guardar_lista_activas();
+    // Takes the finished downloads off the list; their files stay.
+    void delend();
 
     // Rows loaded, the template row included, as the limits count them.
     int rowCount() const;

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "fakedesktop.h"
+#include "historysink.h"
+#include "settingsmodel.h"
+
+#include <QDir>
+#include <QStringList>
+#include <QTemporaryDir>
+
+// Keeps the history lines instead of showing them.
+class RecordingHistory : public HistorySink
+{
+public:
+    QStringList lines;
+    void append(const QString &text, quint32) override { lines.append(text); }
+};
+
+// A settings model over a fresh program folder, with the scripted desktop.
+struct SettingsFixture
+{
+    explicit SettingsFixture(const QString &subfolder = {})
+        : model(ProgramFolder(subfolder.isEmpty() ? dir.path() : dir.filePath(subfolder)), desktop,
+                history)
+    {}
+    QString folder() const { return QDir::toNativeSeparators(dir.path()); }
+    QString iniPath() const { return dir.filePath(QStringLiteral("corvane.ini")); }
+
+    QTemporaryDir dir;
+    FakeDesktop desktop;
+    RecordingHistory history;
+    SettingsModel model;
+};
