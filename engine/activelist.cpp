@@ -44,6 +44,11 @@ ActiveList::ActiveList(const Settings &settings, Desktop &desktop, HistorySink &
 
 ActiveList::~ActiveList()
 {
+    stopAll();
+}
+
+void ActiveList::stopAll()
+{
     for (auto &transfer : m_transfers) {
         if (transfer)
             transfer->stop();
@@ -331,9 +336,16 @@ void ActiveList::retriesExhausted(int index)
 {
     const DownloadSlot &slot = m_slots[index];
     m_rows[index]->setRedoend(true);
-    m_notifier.reportFailure(QStringLiteral("Se han agotado los intentos para ") + slot.Data);
+    const QString url = slot.Data;
+    m_notifier.reportFailure(QStringLiteral("Se han agotado los intentos para ") + url);
     delfile(index, m_settings.delinc == 1);
+    Q_EMIT downloadFailed(url);
     pullFromQueue();
+}
+
+void ActiveList::transferFailed(int index)
+{
+    Q_EMIT downloadFailed(m_slots[index].Data);
 }
 
 void ActiveList::pullFromQueue()

@@ -57,6 +57,8 @@ public:
     void guardar_lista_activas();
     // Takes the finished downloads off the list; their files stay.
     void delend();
+    // Closes every connection and file, leaving the downloads in the list to resume later.
+    void stopAll();
 
     // Rows loaded, the template row included, as the limits count them.
     int rowCount() const;
@@ -84,6 +86,7 @@ public:
     void showProgress(int index);
     void transferFinished(int index);
     void retriesExhausted(int index);
+    void transferFailed(int index);
     // The caption of the one FTP login dialog; it reads WrongUserCaption while a refused login
     // is being asked again.
     QString loginCaption() const { return m_loginCaption; }
@@ -95,6 +98,8 @@ Q_SIGNALS:
     void rowRemoved(int index);
     void detailsChanged();
     void downloadFinished(const QString &path);
+    // Failed for good: a final server answer, or the retries ran out.
+    void downloadFailed(const QString &url);
     void totalSpeed(int kbPerSecond);
     void shutdownRequested();
 

@@ -110,6 +110,7 @@ void Transfer::fail(const QString &text)
     closeWs();
     m_file.close();
     row().setRedoend(true);
+    m_list.transferFailed(m_index);
     m_list.notifier().playSound(QStringLiteral("ding.wav"));
     m_list.notifier().message(text, QStringLiteral("error.gif"));
 }

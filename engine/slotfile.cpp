@@ -2,10 +2,15 @@
 
 #include "failure.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 void SlotFile::open(const QString &path)
 {
     m_file.close();
     m_file.setFileName(path);
+    // The download folder is made on first use, like the default one under the program folder.
+    QDir().mkpath(QFileInfo(path).absolutePath());
     // Unbuffered: every chunk goes straight to the file, so nothing is pending when it closes.
     if (!m_file.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
         throw Failure(m_file.errorString());

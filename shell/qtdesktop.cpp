@@ -2,13 +2,13 @@
 
 #include "ftplogindialog.h"
 #include "messagewindow.h"
+#include "systemcommands.h"
 
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QMessageBox>
-#include <QProcess>
 #include <QSoundEffect>
 #include <QStyle>
 #include <QSystemTrayIcon>
@@ -29,15 +29,6 @@ QMessageBox::Icon boxIcon(Desktop::Icon icon)
         return QMessageBox::Information;
     }
     return QMessageBox::NoIcon;
-}
-
-void startDetached(const QString &commandLine)
-{
-    QStringList arguments = QProcess::splitCommand(commandLine);
-    if (arguments.isEmpty())
-        return;
-    const QString program = arguments.takeFirst();
-    QProcess::startDetached(program, arguments);
 }
 
 } // namespace
@@ -138,10 +129,10 @@ void QtDesktop::openFile(const QString &path)
 
 void QtDesktop::startProgram(const QString &commandLine)
 {
-    startDetached(commandLine);
+    startCommandLine(commandLine);
 }
 
 void QtDesktop::powerOff()
 {
-    QProcess::startDetached(QStringLiteral("systemctl"), {QStringLiteral("poweroff")});
+    startPowerOff();
 }

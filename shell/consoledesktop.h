@@ -1,0 +1,44 @@
+#pragma once
+
+#include "desktop.h"
+#include "historysink.h"
+
+#include <QTextStream>
+
+// The desktop without a screen: every text goes to stderr as one line, questions are answered
+// No, dialogs keep what they were given, and the answer is said on stderr too.
+class ConsoleDesktop final : public Desktop
+{
+public:
+    ConsoleDesktop();
+
+    void say(const QString &text);
+
+    void messageBox(const QString &text, Icon icon, const QString &title) override;
+    bool askYesNo(const QString &text) override;
+    std::optional<QString> inputBox(const QString &prompt, const QString &initial) override;
+    QString openFileDialog(const QString &initial, const QString &filter) override;
+    QString saveFileDialog(const QString &initial, const QString &filter) override;
+    QString chooseFolder(const QString &initial) override;
+    FtpCredentials askFtpLogin(const QString &caption, const FtpCredentials &initial) override;
+    void playSound(const QString &path) override;
+    void showMessageWindow(const QString &text, const QString &imagePath) override;
+    void raiseTrayIndicator(const QString &text) override;
+    void openFile(const QString &path) override;
+    void startProgram(const QString &commandLine) override;
+    void powerOff() override;
+
+private:
+    QTextStream m_err;
+};
+
+// History lines as plain lines on stderr.
+class ConsoleHistory final : public HistorySink
+{
+public:
+    explicit ConsoleHistory(ConsoleDesktop &console) : m_console(console) {}
+    void append(const QString &text, quint32 colour) override;
+
+private:
+    ConsoleDesktop &m_console;
+};
