@@ -67,6 +67,7 @@ void Transfer::ftpReadyRead()
             // Here `bytes` is the length on disk, one less than the next position: the data
             // handler writes at the file's position, wherever that is.
             s.bytes = m_file.length();
+            m_file.reserve(s.total);
             if (s.allowredo) {
                 ftpSend(QStringLiteral("REST ") + QString::number(s.bytes));
                 m_file.seek(s.bytes + 1);

@@ -42,9 +42,13 @@ void Transfer::wsConnected()
 
 void Transfer::wsReadyRead()
 {
-    const QByteArray chunk = m_ws.readAll();
-    if (chunk.isEmpty())
+    // Everything the socket holds, read into one buffer that is kept between chunks.
+    const qint64 available = m_ws.bytesAvailable();
+    if (available <= 0)
         return;
+    if (m_buffer.size() < available)
+        m_buffer.resize(available);
+    const QByteArrayView chunk(m_buffer.constData(), m_ws.read(m_buffer.data(), available));
     m_handled = false;
     try {
         qsizetype payloadStart = 0;
@@ -53,7 +57,7 @@ void Transfer::wsReadyRead()
             if (m_handled)
                 return;
         }
-        writePayload(QByteArrayView(chunk).sliced(payloadStart));
+        writePayload(chunk.sliced(payloadStart));
     } catch (const Failure &) {
         // A reply that cannot be taken apart, or a failed write, ends this chunk quietly.
     }
@@ -83,8 +87,10 @@ void Transfer::handleHead(QByteArrayView chunk, qsizetype &payloadStart)
     s.allowredo = partial;
     const qint64 start = partial ? m_requestStart : 1;
     const qint64 length = Http::contentLength(chunk);
-    if (length >= 0)
+    if (length >= 0) {
         s.total = length + start - 1;
+        m_file.reserve(s.total);
+    }
     m_file.seek(start);
     s.bytesinicio = start;
     payloadStart = Http::bodyStart(chunk);

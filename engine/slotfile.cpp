@@ -5,6 +5,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <fcntl.h>
+
 void SlotFile::open(const QString &path)
 {
     m_file.close();
@@ -31,4 +33,13 @@ void SlotFile::write(QByteArrayView data)
 {
     if (m_file.write(data.data(), data.size()) != data.size())
         throw Failure(m_file.errorString());
+}
+
+void SlotFile::reserve(qint64 size)
+{
+    if (m_file.isOpen() && size > m_file.size()) {
+        // Only a hint for the file system; a refusal changes nothing.
+        [[maybe_unused]] const int result =
+            ::fallocate(m_file.handle(), FALLOC_FL_KEEP_SIZE, 0, size);
+    }
 }

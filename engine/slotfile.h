@@ -17,6 +17,9 @@ public:
     void seek(qint64 position);
     // Throws Failure when the bytes could not all be written.
     void write(QByteArrayView data);
+    // Reserves disk space for a file of `size` bytes without changing its length, which stays
+    // the count of bytes received (resuming goes by it).
+    void reserve(qint64 size);
 
 private:
     QFile m_file;

@@ -71,6 +71,7 @@ private:
     QTimer m_redo;
     int m_redoTag;
     SlotFile m_file;
+    QByteArray m_buffer; // received bytes, reused for every chunk
     int m_sindatos = 0;
     QString m_wsHost;
     quint16 m_wsPort = 0;
