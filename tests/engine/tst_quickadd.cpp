@@ -34,15 +34,12 @@ void TestQuickAdd::placement()
     QCOMPARE(quick.add(url), f.path("my file.txt"));
     QCOMPARE(f.active.rowCount(), running + 1 + (toActive ? 1 : 0));
     QCOMPARE(f.inactive.rowCount(), toActive ? 1 : 2);
-    const ListRecord added = toActive ? ListRecord{f.active.slotAt(running + 1).Data,
-                                                   f.active.slotAt(running + 1).path,
-                                                   0,
-                                                   0,
-                                                   0,
-                                                   false,
-                                                   f.active.slotAt(running + 1).usernm,
-                                                   f.active.slotAt(running + 1).passw}
-                                      : f.inactive.registro(1);
+    ListRecord added = f.inactive.registro(1);
+    if (toActive) {
+        const DownloadSlot &slot = f.active.slotAt(running + 1);
+        added = ListRecord{slot.Data, slot.path,   0, 0, 0, false, slot.usernm, slot.passw,
+                           false,     false};
+    }
     QCOMPARE(added.Data, url);
     QCOMPARE(added.usernm, QStringLiteral("anonymous"));
     QCOMPARE(added.passw, QStringLiteral("freepwd"));

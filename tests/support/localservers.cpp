@@ -1,0 +1,101 @@
+#include "localservers.h"
+
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QThread>
+
+namespace {
+
+quint16 freePort()
+{
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost, 0);
+    return probe.serverPort();
+}
+
+bool accepting(quint16 port)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QHostAddress::LocalHost, port);
+    return socket.waitForConnected(200);
+}
+
+} // namespace
+
+LocalServer::~LocalServer()
+{
+    if (m_process.state() != QProcess::NotRunning) {
+        m_process.terminate();
+        if (!m_process.waitForFinished(3000)) {
+            m_process.kill();
+            m_process.waitForFinished(3000);
+        }
+    }
+}
+
+bool LocalServer::start()
+{
+    m_port = freePort();
+    m_process.setProcessChannelMode(QProcess::MergedChannels);
+    launch(m_process);
+    if (!m_process.waitForStarted(5000)) {
+        m_error = m_process.program() + QStringLiteral(": ") + m_process.errorString();
+        return false;
+    }
+    const QDeadlineTimer deadline(10000);
+    while (!deadline.hasExpired()) {
+        if (m_process.state() == QProcess::NotRunning) {
+            m_error = m_process.program() + QStringLiteral(" ended: ") +
+                      QString::fromLocal8Bit(m_process.readAll());
+            return false;
+        }
+        if (accepting(m_port))
+            return true;
+        QThread::msleep(50);
+    }
+    m_error = m_process.program() + QStringLiteral(" did not listen on its port");
+    return false;
+}
+
+QString NginxServer::url(const QString &name) const
+{
+    return QStringLiteral("http://127.0.0.1:%1/%2").arg(m_port).arg(name);
+}
+
+void NginxServer::launch(QProcess &process)
+{
+    const QString work = m_work.path();
+    const QString config =
+        QStringLiteral("daemon off;\nmaster_process off;\nworker_processes 1;\n"
+                       "pid %1/nginx.pid;\nerror_log %1/error.log;\n"
+                       "events { worker_connections 64; }\n"
+                       "http {\n  access_log off;\n  client_body_temp_path %1/body;\n"
+                       "  proxy_temp_path %1/proxy;\n  fastcgi_temp_path %1/fastcgi;\n"
+                       "  uwsgi_temp_path %1/uwsgi;\n  scgi_temp_path %1/scgi;\n"
+                       "  server {\n    listen 127.0.0.1:%2;\n    root %3;\n    %4\n  }\n}\n")
+            .arg(work)
+            .arg(m_port)
+            .arg(m_root, m_extra);
+    QFile file(work + QStringLiteral("/nginx.conf"));
+    if (file.open(QIODevice::WriteOnly))
+        file.write(config.toUtf8());
+    file.close();
+    process.start(QStringLiteral("/usr/sbin/nginx"),
+                  {QStringLiteral("-p"), work, QStringLiteral("-c"), file.fileName(),
+                   QStringLiteral("-e"), work + QStringLiteral("/error.log")});
+}
+
+QString FtpdServer::url(const QString &name) const
+{
+    return QStringLiteral("ftp://127.0.0.1:%1/%2").arg(m_port).arg(name);
+}
+
+void FtpdServer::launch(QProcess &process)
+{
+    process.start(QStringLiteral("python3"),
+                  {QStringLiteral("-m"), QStringLiteral("pyftpdlib"), QStringLiteral("-i"),
+                   QStringLiteral("127.0.0.1"), QStringLiteral("-p"), QString::number(m_port),
+                   QStringLiteral("-d"), m_root});
+}
