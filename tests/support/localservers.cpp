@@ -94,7 +94,13 @@ QString FtpdServer::url(const QString &name) const
 
 void FtpdServer::launch(QProcess &process)
 {
-    process.start(QStringLiteral("python3"),
+    // The system interpreter, which has the Debian package; another python3 may come first on
+    // the PATH.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("PYTHONPATH"));
+    environment.remove(QStringLiteral("PYTHONHOME"));
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral("/usr/bin/python3"),
                   {QStringLiteral("-m"), QStringLiteral("pyftpdlib"), QStringLiteral("-i"),
                    QStringLiteral("127.0.0.1"), QStringLiteral("-p"), QString::number(m_port),
                    QStringLiteral("-d"), m_root});

@@ -16,6 +16,7 @@ ScriptedFtpServer::ScriptedFtpServer(const QByteArray &file, QObject *parent)
     connect(&m_control, &QTcpServer::newConnection, this, &ScriptedFtpServer::acceptControl);
     connect(&m_passive, &QTcpServer::newConnection, this, [this] {
         m_data = m_passive.nextPendingConnection();
+        m_data->setSocketOption(QAbstractSocket::LowDelayOption, 1);
         m_passive.close();
         if (m_retrWaiting)
             sendFile();
@@ -39,6 +40,8 @@ void ScriptedFtpServer::acceptControl()
 {
     while (QTcpSocket *socket = m_control.nextPendingConnection()) {
         socket->setParent(this);
+        // Each write leaves at once, so pieces sent apart arrive apart.
+        socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
         m_session = socket;
         m_pending.clear();
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] {

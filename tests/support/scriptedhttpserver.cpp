@@ -44,6 +44,8 @@ void ScriptedHttpServer::accept()
 {
     while (QTcpSocket *socket = m_server.nextPendingConnection()) {
         socket->setParent(this);
+        // Each write leaves at once, so pieces sent apart arrive apart.
+        socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
         auto *received = new QByteArray;
         connect(socket, &QObject::destroyed, socket, [received] { delete received; });
         connect(socket, &QTcpSocket::readyRead, this, [this, socket, received] {

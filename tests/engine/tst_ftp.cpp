@@ -1,0 +1,186 @@
+#include "enginefixture.h"
+#include "localservers.h"
+#include "scriptedftpserver.h"
+#include "transfer.h"
+
+#include <QRandomGenerator>
+#include <QTest>
+
+namespace {
+
+QByteArray randomBytes(int size)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    QRandomGenerator generator(size);
+    for (char &byte : bytes)
+        byte = char(generator.bounded(256));
+    return bytes;
+}
+
+const QByteArray Content = randomBytes(150000);
+
+using Words = QList<QByteArray>;
+
+} // namespace
+
+class TestFtp : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void commandSequence_data();
+    void commandSequence();
+    void greetingChunks_data();
+    void greetingChunks();
+    void splitReplyLost();
+    void loginRefused();
+    void realServer();
+};
+
+void TestFtp::commandSequence_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<int>("onDisk");
+    QTest::addColumn<bool>("refuseRest");
+    QTest::addColumn<Words>("commands");
+    QTest::newRow("fresh, nested folder")
+        << "pub/tools/x.zip" << 0 << false
+        << Words{"USER anonymous", "PASS freepwd", "TYPE I", "CWD /pub/tools", "REST 0",
+                 "SIZE x.zip",     "REST 0",       "PASV",   "RETR x.zip"};
+    QTest::newRow("resume from the local length")
+        << "pub/x.zip" << 5000 << false
+        << Words{"USER anonymous", "PASS freepwd", "TYPE I", "CWD /pub", "REST 0",
+                 "SIZE x.zip",     "REST 5000",    "PASV",   "RETR x.zip"};
+    QTest::newRow("REST refused: whole file over the old one")
+        << "pub/x.zip" << 5000 << true
+        << Words{"USER anonymous", "PASS freepwd", "TYPE I",    "CWD /pub",
+                 "REST 0",         "SIZE x.zip",   "PASV",      "RETR x.zip"};
+    QTest::newRow("file at the root, blank in the name")
+        << "my%20file.bin" << 0 << false
+        << Words{"USER anonymous", "PASS freepwd", "TYPE I", "CWD",
+                 "REST 0",         "SIZE my file.bin", "REST 0", "PASV", "RETR my file.bin"};
+}
+
+void TestFtp::commandSequence()
+{
+    QFETCH(QString, path);
+    QFETCH(int, onDisk);
+    QFETCH(bool, refuseRest);
+    EngineFixture f;
+    ScriptedFtpServer server(Content);
+    server.refuseRest = refuseRest;
+    // What is on disk already: the true start of the file, or other bytes the server overwrites.
+    f.write("x.zip", refuseRest ? QByteArray(onDisk, 'x') : Content.left(onDisk));
+    f.active.addnew(server.url(path), f.path("x.zip"), 0, 0, false, 0, false, "anonymous",
+                    "freepwd", false);
+    QTRY_VERIFY(f.row(1).finalizado());
+    QTEST(server.commandWords(), "commands");
+    QCOMPARE(server.commands().value(3), path.contains('/') ? server.commands().value(3)
+                                                            : QByteArray("CWD \r\n"));
+    QCOMPARE(f.read("x.zip"), Content);
+    QCOMPARE(f.active.slotAt(1).total, Content.size());
+    QCOMPARE(f.active.slotAt(1).allowredo, !refuseRest);
+}
+
+void TestFtp::greetingChunks_data()
+{
+    QTest::addColumn<QList<QByteArray>>("greeting");
+    QTest::addColumn<int>("users");
+    QTest::newRow("multi-line greeting in one chunk")
+        << QList<QByteArray>{"220-Bienvenido\r\n220-Servidor de pruebas\r\n220 \r\n"} << 1;
+    // Each piece's last line is a 220 of its own: the login starts again (and the dialogue that
+    // follows runs twice; only the greeting is looked at here).
+    QTest::newRow("the same in two chunks")
+        << QList<QByteArray>{"220-Bienvenido\r\n220-Servidor de pruebas\r\n", "220 \r\n"} << 2;
+}
+
+void TestFtp::greetingChunks()
+{
+    QFETCH(QList<QByteArray>, greeting);
+    EngineFixture f;
+    ScriptedFtpServer server(Content);
+    server.greeting = greeting;
+    f.active.addnew(server.url("x"), f.path("x"), 0, 0, false, 0, false, "anonymous", "freepwd",
+                    false);
+    QTRY_VERIFY(server.commandWords().contains("SIZE x"));
+    QTest::qWait(100);
+    QTEST(int(server.commandWords().count("USER anonymous")), "users");
+}
+
+void TestFtp::splitReplyLost()
+{
+    EngineFixture f;
+    ScriptedFtpServer server(Content);
+    server.answer = [](const QByteArray &line) -> std::optional<QList<QByteArray>> {
+        if (line.startsWith("SIZE"))
+            return QList<QByteArray>{"213 15", "0000\r\n"};
+        return std::nullopt;
+    };
+    f.active.addnew(server.url("x"), f.path("x"), 0, 0, false, 0, false, "anonymous", "freepwd",
+                    false);
+    QTRY_VERIFY(server.commandWords().contains("SIZE x"));
+    QTest::qWait(300);
+    // Neither half is a size reply: the dialogue waits for the silence timer.
+    QVERIFY(!server.commandWords().contains("PASV"));
+    QCOMPARE(f.active.slotAt(1).total, 0);
+    QCOMPARE(f.active.slotAt(1).ftpestado, QStringLiteral("GETSIZE"));
+}
+
+void TestFtp::loginRefused()
+{
+    EngineFixture f;
+    ScriptedFtpServer server(Content);
+    server.requiredPassword = "buena";
+    ScriptedFtpServer other(Content);
+    other.requiredPassword = "buena";
+    f.desktop.loginAnswers = {FtpCredentials{"ana", "buena", true}};
+    // While the dialog is open a second download is refused too: it must not open another.
+    f.desktop.whileAsking = [&] {
+        f.active.addnew(other.url("y"), f.path("y"), 0, 0, false, 0, false, "anonymous",
+                        "freepwd", false);
+        QTRY_VERIFY(other.commandWords().contains("PASS freepwd"));
+        QTest::qWait(100);
+    };
+    f.active.addnew(server.url("x"), f.path("x"), 0, 0, false, 0, false, "anonymous", "freepwd",
+                    false);
+    QTRY_VERIFY(f.active.transferAt(1)->redoActive());
+    f.desktop.whileAsking = nullptr;
+    QCOMPARE(f.desktop.callsOf("askFtpLogin"),
+             QStringList{"Usuario incorrecto.|anonymous|freepwd"});
+    QCOMPARE(f.active.loginCaption(), QStringLiteral("Usuario/Contraseña"));
+    const DownloadSlot &slot = f.active.slotAt(1);
+    QCOMPARE(slot.usernm, QStringLiteral("ana"));
+    QVERIFY(slot.rememb);
+    QVERIFY(f.row(1).reconectando());
+
+    // The retry logs in with the new credentials.
+    f.active.transferAt(1)->redoTick();
+    QTRY_VERIFY(f.row(1).finalizado());
+    QVERIFY(server.commandWords().contains("PASS buena"));
+    QCOMPARE(f.read("x"), Content);
+}
+
+void TestFtp::realServer()
+{
+    QTemporaryDir root;
+    const QByteArray big = randomBytes(2 * 1024 * 1024 + 5);
+    QFile source(root.filePath("grande.bin"));
+    QVERIFY(source.open(QIODevice::WriteOnly));
+    source.write(big);
+    source.close();
+    FtpdServer ftpd(root.path());
+    QVERIFY2(ftpd.start(), qPrintable(ftpd.error()));
+
+    EngineFixture f;
+    f.active.addnew(ftpd.url("grande.bin"), f.path("nuevo.bin"), 0, 0, false, 0, false,
+                    "anonymous", "freepwd", false);
+    f.write("parcial.bin", big.left(777777));
+    f.active.addnew(ftpd.url("grande.bin"), f.path("parcial.bin"), 0, 0, false, 0, false,
+                    "anonymous", "freepwd", false);
+    QTRY_VERIFY_WITH_TIMEOUT(f.row(1).finalizado() && f.row(2).finalizado(), 20000);
+    QCOMPARE(f.read("nuevo.bin"), big);
+    QCOMPARE(f.read("parcial.bin"), big);
+}
+
+QTEST_GUILESS_MAIN(TestFtp)
+#include "tst_ftp.moc"
