@@ -2,18 +2,12 @@
 
 #include "activelist.h"
 #include "fakedesktop.h"
-#include "historysink.h"
+#include "recordinghistory.h"
 #include "inactivelist.h"
 #include "settings.h"
 
 #include <QFile>
 #include <QTemporaryDir>
-
-struct RecordingHistory : HistorySink
-{
-    QStringList lines;
-    void append(const QString &text, quint32) override { lines.append(text); }
-};
 
 // Both lists wired together over a fresh program folder, a scripted desktop and plain rows.
 struct EngineFixture

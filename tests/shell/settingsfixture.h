@@ -1,20 +1,12 @@
 #pragma once
 
 #include "fakedesktop.h"
-#include "historysink.h"
+#include "recordinghistory.h"
 #include "settingsmodel.h"
 
 #include <QDir>
 #include <QStringList>
 #include <QTemporaryDir>
-
-// Keeps the history lines instead of showing them.
-class RecordingHistory : public HistorySink
-{
-public:
-    QStringList lines;
-    void append(const QString &text, quint32) override { lines.append(text); }
-};
 
 // A settings model over a fresh program folder, with the scripted desktop.
 struct SettingsFixture
