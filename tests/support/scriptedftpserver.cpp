@@ -5,7 +5,7 @@
 namespace {
 
 // Replies go out a little apart, as separate chunks, so that each one is read on its own.
-constexpr int ReplyGapMs = 15;
+constexpr int ReplyGapMs = 50;
 
 } // namespace
 
