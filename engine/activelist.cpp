@@ -12,8 +12,8 @@
 #include "urls.h"
 
 #include <QFile>
-#include <cmath>
 #include <QFileInfo>
+#include <cmath>
 
 namespace {
 
@@ -24,7 +24,8 @@ template <typename T> void disposeLater(QObject *context, std::unique_ptr<T> &ow
     if (!owner)
         return;
     std::shared_ptr<T> last(owner.release());
-    QMetaObject::invokeMethod(context, [last] {}, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        context, [last] {}, Qt::QueuedConnection);
 }
 
 } // namespace
@@ -292,8 +293,8 @@ void ActiveList::showProgress(int index)
             m_details.porcientot = decimalText(percent) + QLatin1Char('%');
     }
     if (selected) {
-        m_details.bytest = QString::number(slot.bytes - 1) + QLatin1Char('/') +
-                           QString::number(slot.total);
+        m_details.bytest =
+            QString::number(slot.bytes - 1) + QLatin1Char('/') + QString::number(slot.total);
         Q_EMIT detailsChanged();
     }
 }

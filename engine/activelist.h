@@ -7,7 +7,6 @@
 
 #include <QObject>
 #include <QTimer>
-
 #include <array>
 #include <memory>
 
@@ -46,9 +45,9 @@ public:
 
     void load();
     // Adds a download and starts it; the new slot's index, or 0 when it could not be added.
-    int addnew(const QString &Data, const QString &path, qint64 total, qint64 bytes,
-               bool allowredo, qint64 tiempo, bool loading, const QString &usernm,
-               const QString &passw, bool rememb);
+    int addnew(const QString &Data, const QString &path, qint64 total, qint64 bytes, bool allowredo,
+               qint64 tiempo, bool loading, const QString &usernm, const QString &passw,
+               bool rememb);
     // A link dropped on a window: asks where to save it, then adds or queues it.
     void AgregarArrastrando(const QString &url);
     bool existe(int index) const;

@@ -4,7 +4,6 @@
 
 #include <QString>
 #include <QStringList>
-
 #include <optional>
 
 // Everything that reaches the person or the operating system. The program uses a Qt
@@ -12,7 +11,13 @@
 class Desktop
 {
 public:
-    enum class Icon { Critical, Question, Exclamation, Information };
+    enum class Icon
+    {
+        Critical,
+        Question,
+        Exclamation,
+        Information
+    };
 
     virtual ~Desktop() = default;
 

@@ -8,12 +8,12 @@ struct DownloadSlot
 {
     QString Data; // the URL
     qint64 bytes = 0;
-    qint64 total = 0; // 0 = not known yet
+    qint64 total = 0;  // 0 = not known yet
     qint64 tiempo = 0; // seconds spent transferring, across connections
     QString path;
-    int velocidad = 0; // whole Kb per second
+    int velocidad = 0;      // whole Kb per second
     bool allowredo = false; // the server resumes
-    bool activa = false; // the slot holds a live download
+    bool activa = false;    // the slot holds a live download
     qint64 tiempoinicio = 0;
     qint64 bytesinicio = 0;
     QString usernm;

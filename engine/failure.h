@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-
 #include <stdexcept>
 
 // A run-time failure inside a routine. The routine that started the operation catches it and
@@ -11,8 +10,7 @@ class Failure : public std::runtime_error
 public:
     explicit Failure(const QString &description)
         : std::runtime_error(description.toStdString()), m_description(description)
-    {
-    }
+    {}
     QString description() const { return m_description; }
 
 private:

@@ -125,8 +125,9 @@ void Transfer::redirect(const QString &address)
 {
     m_handled = true;
     DownloadSlot &s = slot();
-    m_list.showStatus(1, QStringLiteral("El archivo ") + s.Data + QStringLiteral(" ha sido movido a ") +
-                             address + QStringLiteral(".Se reconectará a esa dirección"));
+    m_list.showStatus(1, QStringLiteral("El archivo ") + s.Data +
+                             QStringLiteral(" ha sido movido a ") + address +
+                             QStringLiteral(".Se reconectará a esa dirección"));
     closeWs();
     m_file.close();
     row().setReconectando(true);

@@ -63,7 +63,8 @@ qint64 contentLength(QByteArrayView chunk)
     const auto sameLetter = [](char a, char b) {
         return std::tolower(static_cast<unsigned char>(a)) == static_cast<unsigned char>(b);
     };
-    const auto found = std::search(chunk.begin(), chunk.end(), Name.begin(), Name.end(), sameLetter);
+    const auto found =
+        std::search(chunk.begin(), chunk.end(), Name.begin(), Name.end(), sameLetter);
     if (found == chunk.end())
         return -1;
     const qsizetype at = found - chunk.begin();

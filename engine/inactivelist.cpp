@@ -11,15 +11,13 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
-
 #include <cmath>
 
 InactiveList::InactiveList(const Settings &settings, Desktop &desktop, HistorySink &history,
                            const ProgramFolder &folder, RowFactory rows, QObject *parent)
     : QObject(parent), m_settings(settings), m_desktop(desktop), m_history(history),
       m_folder(folder), m_makeRow(std::move(rows))
-{
-}
+{}
 
 void InactiveList::load()
 {
@@ -30,8 +28,8 @@ void InactiveList::load()
         TextFileReader reader = TextFileReader::open(path);
         while (!reader.atEnd()) {
             const ListRecord r = readRecord(reader, ListKind::Inactive);
-            addnew(r.Data, r.path, r.total, r.bytes, r.allowredo, r.tiempo, true, r.usernm,
-                   r.passw, r.rememb, r.locked);
+            addnew(r.Data, r.path, r.total, r.bytes, r.allowredo, r.tiempo, true, r.usernm, r.passw,
+                   r.rememb, r.locked);
         }
     } catch (const Failure &failure) {
         m_desktop.messageBox(QStringLiteral("Error al cargar lista de inactivas: ") +
@@ -57,8 +55,8 @@ void InactiveList::addnew(const QString &Data, const QString &path, qint64 total
     row.setArchivo(path);
     row.setUrl(Data);
     row.setLocked(locked);
-    m_registros[i] = ListRecord{Data, path, total, bytes, tiempo, allowredo,
-                                usernm, passw,  rememb, locked};
+    m_registros[i] =
+        ListRecord{Data, path, total, bytes, tiempo, allowredo, usernm, passw, rememb, locked};
     if (total > 0)
         row.setPorcentaje(int(std::nearbyint(double(bytes) / double(total) * 100.0)));
     row.setBytes(sizeText(bytes, SizeUnits::AboveThreshold));
@@ -116,7 +114,8 @@ void InactiveList::unload(int index)
     if (m_rows[index]) {
         Q_EMIT rowRemoved(index);
         std::shared_ptr<DownloadRow> last(m_rows[index].release());
-        QMetaObject::invokeMethod(this, [last] {}, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [last] {}, Qt::QueuedConnection);
     }
     m_ocupado[index] = false;
 }

@@ -6,7 +6,6 @@
 #include "programfolder.h"
 
 #include <QObject>
-
 #include <array>
 #include <memory>
 

@@ -21,7 +21,11 @@ struct ListRecord
     bool locked = false;
 };
 
-enum class ListKind { Active, Inactive };
+enum class ListKind
+{
+    Active,
+    Inactive
+};
 
 void writeRecord(TextFileWriter &writer, const ListRecord &record, ListKind kind);
 // Throws Failure on a truncated block or a value that is not a boolean.

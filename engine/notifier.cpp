@@ -7,8 +7,7 @@
 
 Notifier::Notifier(const Settings &settings, Desktop &desktop, const ProgramFolder &folder)
     : m_settings(settings), m_desktop(desktop), m_folder(folder)
-{
-}
+{}
 
 void Notifier::playSound(const QString &name)
 {

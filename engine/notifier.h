@@ -11,7 +11,8 @@ class Notifier
 public:
     Notifier(const Settings &settings, Desktop &desktop, const ProgramFolder &folder);
 
-    // `name` is a file of msg/, e.g. "ding.wav"; nothing plays when sounds are off or it is missing.
+    // `name` is a file of msg/, e.g. "ding.wav"; nothing plays when sounds are off or it is
+    // missing.
     void playSound(const QString &name);
     // A message window with a picture of msg/, e.g. "download.gif".
     void message(const QString &text, const QString &picture);

@@ -15,8 +15,7 @@ QuickAdd::QuickAdd(ActiveList &active, InactiveList &inactive, const Settings &s
                    Desktop &desktop, HistorySink &history)
     : m_active(active), m_inactive(inactive), m_settings(settings), m_desktop(desktop),
       m_history(history)
-{
-}
+{}
 
 QString QuickAdd::add(const QString &url)
 {

@@ -13,8 +13,8 @@ struct Settings;
 class QuickAdd
 {
 public:
-    QuickAdd(ActiveList &active, InactiveList &inactive, const Settings &settings,
-             Desktop &desktop, HistorySink &history);
+    QuickAdd(ActiveList &active, InactiveList &inactive, const Settings &settings, Desktop &desktop,
+             HistorySink &history);
 
     // The destination path when the download was added; empty when it was refused.
     QString add(const QString &url);

@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-
 #include <fcntl.h>
 
 void SlotFile::open(const QString &path)

@@ -24,8 +24,8 @@ void TextFileWriter::line(const QString &text)
 void TextFileWriter::number(qint64 value)
 {
     // The sign position holds a blank for non-negative numbers; a blank always follows.
-    m_bytes += (value >= 0 ? QByteArray(" ") : QByteArray()) + QByteArray::number(value) + ' ' +
-               LineEnd;
+    m_bytes +=
+        (value >= 0 ? QByteArray(" ") : QByteArray()) + QByteArray::number(value) + ' ' + LineEnd;
 }
 
 void TextFileWriter::boolean(bool value)
@@ -36,8 +36,7 @@ void TextFileWriter::boolean(bool value)
 void TextFileWriter::commit(const QString &path) const
 {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(m_bytes) != m_bytes.size() ||
-        !file.commit())
+    if (!file.open(QIODevice::WriteOnly) || file.write(m_bytes) != m_bytes.size() || !file.commit())
         throw Failure(file.errorString());
 }
 
@@ -47,8 +46,8 @@ TextFileReader TextFileReader::open(const QString &path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        throw Failure(QStringLiteral("No se puede abrir el archivo ") + path + QStringLiteral(" (") +
-                      file.errorString() + QStringLiteral(")"));
+        throw Failure(QStringLiteral("No se puede abrir el archivo ") + path +
+                      QStringLiteral(" (") + file.errorString() + QStringLiteral(")"));
     return TextFileReader(file.readAll());
 }
 

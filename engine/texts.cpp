@@ -1,7 +1,6 @@
 #include "texts.h"
 
 #include <QLocale>
-
 #include <cmath>
 
 double roundTo2(double value)

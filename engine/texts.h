@@ -9,7 +9,11 @@ double roundTo2(double value);
 
 // Two rules exist for where a size text changes unit: the transfer switches at 1024 bytes
 // ("1 Kb"), the inactive list only above it ("1024 bytes").
-enum class SizeUnits { FromThreshold, AboveThreshold };
+enum class SizeUnits
+{
+    FromThreshold,
+    AboveThreshold
+};
 QString sizeText(qint64 bytes, SizeUnits rule);
 
 // Seconds as hours:minutes:seconds, minutes and seconds padded to two digits: "1:02:05".

@@ -12,8 +12,8 @@
 FtpLoginDialog::FtpLoginDialog(QWidget *parent)
     : QDialog(parent), m_username(new QLineEdit(QStringLiteral("anonymous"), this)),
       m_password(new QLineEdit(QStringLiteral("freepwd"), this)),
-      m_remember(
-          new QCheckBox(QStringLiteral("Recordar nombre de usuario y contraseña al reconectar"), this))
+      m_remember(new QCheckBox(
+          QStringLiteral("Recordar nombre de usuario y contraseña al reconectar"), this))
 {
     setObjectName(QStringLiteral("ftplogin"));
     setWindowTitle(LoginCaption);

@@ -6,7 +6,6 @@
 #include <QFileInfo>
 #include <QSocketNotifier>
 #include <QTimer>
-
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
@@ -29,8 +28,7 @@ RowFactory plainRows()
 } // namespace
 
 Headless::Headless(const ProgramFolder &folder, const QStringList &urls, QObject *parent)
-    : QObject(parent), m_urls(urls), m_history(m_desktop),
-      m_settings(folder, m_desktop, m_history),
+    : QObject(parent), m_urls(urls), m_history(m_desktop), m_settings(folder, m_desktop, m_history),
       m_inactive(m_settings.settings(), m_desktop, m_history, folder, plainRows()),
       m_active(m_settings.settings(), m_desktop, m_history, folder, plainRows()),
       m_quick(m_active, m_inactive, m_settings.settings(), m_desktop, m_history), m_out(stdout),
@@ -65,8 +63,9 @@ Headless::Headless(const ProgramFolder &folder, const QStringList &urls, QObject
             m_out << "Fallida: " << url << Qt::endl;
     });
     // Finished rows leave the list so that queued downloads find a place.
-    connect(&m_active, &ActiveList::downloadFinished, this, [this] { m_active.delend(); },
-            Qt::QueuedConnection);
+    connect(
+        &m_active, &ActiveList::downloadFinished, this, [this] { m_active.delend(); },
+        Qt::QueuedConnection);
     connect(&m_active, &ActiveList::rowsChanged, this, &Headless::check, Qt::QueuedConnection);
     connect(&m_active, &ActiveList::totalSpeed, this, [this] {
         drawProgress();

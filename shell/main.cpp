@@ -56,9 +56,8 @@ int main(int argc, char *argv[])
     const CommandLine command = parseCommandLine(arguments);
     if (!command.error.isEmpty() || (!command.headless && !command.urls.isEmpty())) {
         QTextStream err(stderr);
-        err << (command.error.isEmpty()
-                    ? QStringLiteral("Las URL solo se aceptan con --headless")
-                    : command.error)
+        err << (command.error.isEmpty() ? QStringLiteral("Las URL solo se aceptan con --headless")
+                                        : command.error)
             << "\n\n"
             << QString::fromUtf8(Usage);
         return 2;

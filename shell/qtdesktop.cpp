@@ -35,8 +35,7 @@ QMessageBox::Icon boxIcon(Desktop::Icon icon)
 
 QtDesktop::QtDesktop(const ProgramFolder &folder, QObject *parent)
     : QObject(parent), m_folder(folder)
-{
-}
+{}
 
 void QtDesktop::messageBox(const QString &text, Icon icon, const QString &title)
 {

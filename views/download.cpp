@@ -8,7 +8,6 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QProgressBar>
-
 #include <cmath>
 
 namespace {
@@ -75,9 +74,9 @@ RowLayout rowLayout(int rowWidth, int percentWidth, int lockWidth)
 
 download::download(QWidget *parent)
     : QWidget(parent), m_filename(new QLabel(QStringLiteral("Archivo"), this)),
-      m_avance(new QProgressBar(this)), m_porciento(new QLabel(this)),
-      m_candado(new QLabel(this)), m_nbytes(new QLabel(this)),
-      m_urll(new QLabel(QStringLiteral("URL"), this)), m_line(new QFrame(this))
+      m_avance(new QProgressBar(this)), m_porciento(new QLabel(this)), m_candado(new QLabel(this)),
+      m_nbytes(new QLabel(this)), m_urll(new QLabel(QStringLiteral("URL"), this)),
+      m_line(new QFrame(this))
 {
     setObjectName(QStringLiteral("download"));
     m_filename->setObjectName(QStringLiteral("filename"));

@@ -26,9 +26,9 @@ class download final : public QWidget, public DownloadRow
     Q_DISABLE_COPY_MOVE(download)
 
 public:
-    static constexpr int RowHeight = 300;     // twips
-    static constexpr int PercentWidth = 675;  // twips
-    static constexpr int LockWidth = 240;     // twips
+    static constexpr int RowHeight = 300;    // twips
+    static constexpr int PercentWidth = 675; // twips
+    static constexpr int LockWidth = 240;    // twips
 
     explicit download(QWidget *parent = nullptr);
 

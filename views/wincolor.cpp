@@ -2,7 +2,6 @@
 
 #include <QGuiApplication>
 #include <QPalette>
-
 #include <cmath>
 
 QColor winColor(quint32 value)

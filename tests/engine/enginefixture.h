@@ -2,8 +2,8 @@
 
 #include "activelist.h"
 #include "fakedesktop.h"
-#include "recordinghistory.h"
 #include "inactivelist.h"
+#include "recordinghistory.h"
 #include "settings.h"
 
 #include <QFile>

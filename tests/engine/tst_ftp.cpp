@@ -49,16 +49,17 @@ void TestFtp::commandSequence_data()
                  "SIZE x.zip",     "REST 0",       "PASV",   "RETR x.zip"};
     QTest::newRow("resume from the local length")
         << "pub/x.zip" << 5000 << false
-        << Words{"USER anonymous", "PASS freepwd", "TYPE I", "CWD /pub", "REST 0",
+        << Words{"USER anonymous", "PASS freepwd", "TYPE I", "CWD /pub",  "REST 0",
                  "SIZE x.zip",     "REST 5000",    "PASV",   "RETR x.zip"};
     QTest::newRow("REST refused: whole file over the old one")
         << "pub/x.zip" << 5000 << true
-        << Words{"USER anonymous", "PASS freepwd", "TYPE I",    "CWD /pub",
-                 "REST 0",         "SIZE x.zip",   "PASV",      "RETR x.zip"};
+        << Words{"USER anonymous", "PASS freepwd", "TYPE I", "CWD /pub",
+                 "REST 0",         "SIZE x.zip",   "PASV",   "RETR x.zip"};
     QTest::newRow("file at the root, blank in the name")
         << "my%20file.bin" << 0 << false
-        << Words{"USER anonymous", "PASS freepwd", "TYPE I", "CWD",
-                 "REST 0",         "SIZE my file.bin", "REST 0", "PASV", "RETR my file.bin"};
+        << Words{"USER anonymous",  "PASS freepwd",     "TYPE I", "CWD",
+                 "REST 0",          "SIZE my file.bin", "REST 0", "PASV",
+                 "RETR my file.bin"};
 }
 
 void TestFtp::commandSequence()
@@ -75,8 +76,8 @@ void TestFtp::commandSequence()
                     "freepwd", false);
     QTRY_VERIFY(f.row(1).finalizado());
     QTEST(server.commandWords(), "commands");
-    QCOMPARE(server.commands().value(3), path.contains('/') ? server.commands().value(3)
-                                                            : QByteArray("CWD \r\n"));
+    QCOMPARE(server.commands().value(3),
+             path.contains('/') ? server.commands().value(3) : QByteArray("CWD \r\n"));
     QCOMPARE(f.read("x.zip"), Content);
     QCOMPARE(f.active.slotAt(1).total, Content.size());
     QCOMPARE(f.active.slotAt(1).allowredo, !refuseRest);
@@ -136,8 +137,8 @@ void TestFtp::loginRefused()
     f.desktop.loginAnswers = {FtpCredentials{"ana", "buena", true}};
     // While the dialog is open a second download is refused too: it must not open another.
     f.desktop.whileAsking = [&] {
-        f.active.addnew(other.url("y"), f.path("y"), 0, 0, false, 0, false, "anonymous",
-                        "freepwd", false);
+        f.active.addnew(other.url("y"), f.path("y"), 0, 0, false, 0, false, "anonymous", "freepwd",
+                        false);
         QTRY_VERIFY(other.commandWords().contains("PASS freepwd"));
         QTest::qWait(100);
     };
@@ -172,8 +173,8 @@ void TestFtp::realServer()
     QVERIFY2(ftpd.start(), qPrintable(ftpd.error()));
 
     EngineFixture f;
-    f.active.addnew(ftpd.url("grande.bin"), f.path("nuevo.bin"), 0, 0, false, 0, false,
-                    "anonymous", "freepwd", false);
+    f.active.addnew(ftpd.url("grande.bin"), f.path("nuevo.bin"), 0, 0, false, 0, false, "anonymous",
+                    "freepwd", false);
     f.write("parcial.bin", big.left(777777));
     f.active.addnew(ftpd.url("grande.bin"), f.path("parcial.bin"), 0, 0, false, 0, false,
                     "anonymous", "freepwd", false);

@@ -43,10 +43,14 @@ void TestFtpReply::directories_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("directory");
-    QTest::newRow("nested") << "pub/tools/x.zip" << "/pub/tools";
-    QTest::newRow("root file") << "x.zip" << "";
-    QTest::newRow("no path") << "" << "";
-    QTest::newRow("folder only") << "pub/" << "/pub";
+    QTest::newRow("nested") << "pub/tools/x.zip"
+                            << "/pub/tools";
+    QTest::newRow("root file") << "x.zip"
+                               << "";
+    QTest::newRow("no path") << ""
+                             << "";
+    QTest::newRow("folder only") << "pub/"
+                                 << "/pub";
 }
 
 void TestFtpReply::directories()

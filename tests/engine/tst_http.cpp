@@ -120,8 +120,8 @@ void TestHttp::redirectWithLfLf()
     EngineFixture f;
     ScriptedHttpServer target(serveContent);
     ScriptedHttpServer server([&](const QByteArray &, int) {
-        return HttpReply::of("HTTP/1.1 302 Found\nLocation: " + target.url("nuevo/f.bin").toLatin1() +
-                             "\n\n");
+        return HttpReply::of(
+            "HTTP/1.1 302 Found\nLocation: " + target.url("nuevo/f.bin").toLatin1() + "\n\n");
     });
     QSignalSpy status(&f.active, &ActiveList::statusText);
     const QString url = server.url("viejo/f.bin");
@@ -246,8 +246,8 @@ void TestHttp::badReplies_data()
     garbage.bytes = QByteArray("\x00\xff garbage \r\n\r\n", 15);
     QTest::newRow("garbage is the file") << garbage << garbage.bytes;
     HttpReply huge;
-    huge.bytes = "HTTP/1.1 200 OK\r\n" + QByteArray("X-Relleno: aaaaaaaaaaaaaaaa\r\n").repeated(40000) +
-                 "\r\nhola";
+    huge.bytes = "HTTP/1.1 200 OK\r\n" +
+                 QByteArray("X-Relleno: aaaaaaaaaaaaaaaa\r\n").repeated(40000) + "\r\nhola";
     // However the megabyte of head is cut into chunks, nothing breaks: a first chunk without
     // the blank line is written whole, like everything after it.
     QTest::newRow("huge head") << huge << QByteArray("hola|whole");
@@ -291,8 +291,8 @@ void TestHttp::realServer()
                     false);
     // A partial file whose resume flag was saved as off: the 206 decides where bytes go.
     f.write("parcial.bin", big.left(1234567));
-    f.active.addnew(nginx.url("grande.bin"), f.path("parcial.bin"), 0, 1234568, false, 0, false,
-                    "", "", false);
+    f.active.addnew(nginx.url("grande.bin"), f.path("parcial.bin"), 0, 1234568, false, 0, false, "",
+                    "", false);
     QTRY_VERIFY_WITH_TIMEOUT(f.row(1).finalizado() && f.row(2).finalizado(), 20000);
     QCOMPARE(f.read("nuevo.bin"), big);
     QCOMPARE(f.read("parcial.bin"), big);

@@ -56,11 +56,11 @@ void TestHttpResponse::heads_data()
         << qint64(-1) << QByteArray() << "";
     QTest::newRow("body only") << QByteArray("\x00\x01HTTP/1.1", 10) << false << 0 << qint64(-1)
                                << QByteArray("\x00\x01HTTP/1.1", 10) << "";
-    QTest::newRow("lower-case scheme is data") << QByteArray("http/1.1 404 x\r\n\r\n") << false
-                                               << 0 << qint64(-1)
-                                               << QByteArray("http/1.1 404 x\r\n\r\n") << "";
-    QTest::newRow("short garbage head") << QByteArray("HTTP/1.1") << true << 0 << qint64(-1)
-                                        << QByteArray("HTTP/1.1") << "";
+    QTest::newRow("lower-case scheme is data")
+        << QByteArray("http/1.1 404 x\r\n\r\n") << false << 0 << qint64(-1)
+        << QByteArray("http/1.1 404 x\r\n\r\n") << "";
+    QTest::newRow("short garbage head")
+        << QByteArray("HTTP/1.1") << true << 0 << qint64(-1) << QByteArray("HTTP/1.1") << "";
 }
 
 void TestHttpResponse::heads()

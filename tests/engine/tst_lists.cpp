@@ -29,28 +29,28 @@ void TestLists::activeFileBytes()
 {
     EngineFixture f;
     QCOMPARE(f.active.addnew(Url1, "/d/uno.zip", 0, 0, false, 7, false, "", "", false), 1);
-    QCOMPARE(f.active.addnew(Url2, "/d/dos.bin", 3000, 1001, true, 0, false, "ana", "secreta",
-                             true),
-             2);
+    QCOMPARE(
+        f.active.addnew(Url2, "/d/dos.bin", 3000, 1001, true, 0, false, "ana", "secreta", true), 2);
     // A third with credentials it was not asked to remember, then finished: not saved.
     QCOMPARE(f.active.addnew(Url2, "/d/tres", 0, 0, false, 0, false, "u", "p", false), 3);
     f.active.slotAt(3).bytes = 5;
     f.active.guardar_lista_activas();
-    const QByteArray expected = "http://127.0.0.1:9/uno.zip\r\n/d/uno.zip\r\n 0 \r\n 0 \r\n 7 \r\n"
-                                "False\r\n\r\n\r\nFalse\r\n"
-                                "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/dos.bin\r\n 3000 \r\n 1001 \r\n"
-                                " 0 \r\nTrue\r\nana\r\nsecreta\r\nTrue\r\n"
-                                "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/tres\r\n 0 \r\n 5 \r\n 0 \r\n"
-                                "False\r\n\r\n\r\nFalse\r\n";
+    const QByteArray expected =
+        "http://127.0.0.1:9/uno.zip\r\n/d/uno.zip\r\n 0 \r\n 0 \r\n 7 \r\n"
+        "False\r\n\r\n\r\nFalse\r\n"
+        "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/dos.bin\r\n 3000 \r\n 1001 \r\n"
+        " 0 \r\nTrue\r\nana\r\nsecreta\r\nTrue\r\n"
+        "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/tres\r\n 0 \r\n 5 \r\n 0 \r\n"
+        "False\r\n\r\n\r\nFalse\r\n";
     QCOMPARE(f.read("activas.dwn"), expected);
 
     f.active.rowAt(3)->DownloadEnd();
     f.active.rowAt(3)->setFinalizado(true);
     f.active.delfile(1, false);
     QVERIFY(!f.active.existe(1));
-    QCOMPARE(f.read("activas.dwn"), expected.mid(expected.indexOf("ftp://"),
-                                                expected.lastIndexOf("ftp://") -
-                                                    expected.indexOf("ftp://")));
+    QCOMPARE(f.read("activas.dwn"),
+             expected.mid(expected.indexOf("ftp://"),
+                          expected.lastIndexOf("ftp://") - expected.indexOf("ftp://")));
 }
 
 void TestLists::activeLoad_data()
@@ -63,13 +63,13 @@ void TestLists::activeLoad_data()
                                 "True\r\nuser\r\npass\r\nTrue\r\n";
     QTest::newRow("complete record") << complete << 1 << "";
     QTest::newRow("truncated second block")
-        << complete + "http://127.0.0.1:9/b\r\n/d/b\r\n 0 \r\n" << 1
-        << "Error al cargar lista de activas: Se ha sobrepasado el final del archivo";
+        << complete + "http://127.0.0.1:9/b\r\n/d/b\r\n 0 \r\n"
+        << 1 << "Error al cargar lista de activas: Se ha sobrepasado el final del archivo";
     QTest::newRow("garbled boolean") << QByteArray("http://127.0.0.1:9/a\r\n/d/a\r\n1\r\n2\r\n3\r\n"
                                                    "quizas\r\n\r\n\r\nFalse\r\n")
                                      << 0 << "Error al cargar lista de activas: ";
-    QTest::newRow("binary garbage") << QByteArray("\x00\xff\r\n\x01", 5) << 0
-                                    << "Error al cargar lista de activas: ";
+    QTest::newRow("binary garbage")
+        << QByteArray("\x00\xff\r\n\x01", 5) << 0 << "Error al cargar lista de activas: ";
 }
 
 void TestLists::activeLoad()
@@ -201,8 +201,8 @@ void TestLists::inactiveCommands()
 {
     EngineFixture f;
     f.settings.maxdescval = 2;
-    f.inactive.addnew("http://127.0.0.1:9/a", f.path("nada"), 0, 0, false, 0, false, "", "",
-                      false, false);
+    f.inactive.addnew("http://127.0.0.1:9/a", f.path("nada"), 0, 0, false, 0, false, "", "", false,
+                      false);
     f.inactive.addnew("http://127.0.0.1:9/b", f.path("b"), 0, 0, false, 0, false, "", "", false,
                       false);
     f.active.addnew("http://127.0.0.1:9/c", f.path("c"), 0, 0, false, 0, false, "", "", false);

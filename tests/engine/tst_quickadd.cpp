@@ -37,13 +37,14 @@ void TestQuickAdd::placement()
     ListRecord added = f.inactive.registro(1);
     if (toActive) {
         const DownloadSlot &slot = f.active.slotAt(running + 1);
-        added = ListRecord{slot.Data, slot.path,   0, 0, 0, false, slot.usernm, slot.passw,
-                           false,     false};
+        added =
+            ListRecord{slot.Data, slot.path, 0, 0, 0, false, slot.usernm, slot.passw, false, false};
     }
     QCOMPARE(added.Data, url);
     QCOMPARE(added.usernm, QStringLiteral("anonymous"));
     QCOMPARE(added.passw, QStringLiteral("freepwd"));
-    QCOMPARE(f.history.lines, QStringList{"\r\nDescargando " + url + " a " + f.path("my file.txt")});
+    QCOMPARE(f.history.lines,
+             QStringList{"\r\nDescargando " + url + " a " + f.path("my file.txt")});
 }
 
 void TestQuickAdd::refusals()

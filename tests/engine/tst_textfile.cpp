@@ -75,10 +75,9 @@ void TestTextFile::fields_data()
     QTest::newRow("padded numbers") << QByteArray(" 12 \r\n-3 \r\n") << QStringList{"12", "-3"};
     QTest::newRow("comma cuts, next read goes on")
         << QByteArray("12,5\r\n7\r\n") << QStringList{"12", "5", "7"};
-    QTest::newRow("quoted keeps comma") << QByteArray("\"a, b\" \r\nx\r\n")
-                                        << QStringList{"a, b", "x"};
-    QTest::newRow("blanks around") << QByteArray("   user name   \r\n")
-                                   << QStringList{"user name"};
+    QTest::newRow("quoted keeps comma")
+        << QByteArray("\"a, b\" \r\nx\r\n") << QStringList{"a, b", "x"};
+    QTest::newRow("blanks around") << QByteArray("   user name   \r\n") << QStringList{"user name"};
     QTest::newRow("empty line") << QByteArray("\r\nx\r\n") << QStringList{"", "x"};
     QTest::newRow("lone LF ends") << QByteArray("a\nb") << QStringList{"a", "b"};
     QTest::newRow("missing last line end") << QByteArray("1\r\nTrue") << QStringList{"1", "True"};
@@ -133,14 +132,22 @@ void TestTextFile::sizeTexts_data()
     QTest::addColumn<qint64>("bytes");
     QTest::addColumn<QString>("transfer");
     QTest::addColumn<QString>("inactive");
-    QTest::newRow("small") << qint64(1023) << "1023 bytes" << "1023 bytes";
-    QTest::newRow("1024") << qint64(1024) << "1 Kb" << "1024 bytes";
-    QTest::newRow("1025") << qint64(1025) << "1 Kb" << "1 Kb";
-    QTest::newRow("1536") << qint64(1536) << "1.5 Kb" << "1.5 Kb";
-    QTest::newRow("1 Mb") << qint64(1048576) << "1 Mb" << "1024 Kb";
-    QTest::newRow("5 GiB") << qint64(5) * 1024 * 1048576 << "5120 Mb" << "5120 Mb";
-    QTest::newRow("rounded") << qint64(1048576 + 5000) << "1 Mb" << "1 Mb";
-    QTest::newRow("two decimals") << qint64(1048576 + 13631) << "1.01 Mb" << "1.01 Mb";
+    QTest::newRow("small") << qint64(1023) << "1023 bytes"
+                           << "1023 bytes";
+    QTest::newRow("1024") << qint64(1024) << "1 Kb"
+                          << "1024 bytes";
+    QTest::newRow("1025") << qint64(1025) << "1 Kb"
+                          << "1 Kb";
+    QTest::newRow("1536") << qint64(1536) << "1.5 Kb"
+                          << "1.5 Kb";
+    QTest::newRow("1 Mb") << qint64(1048576) << "1 Mb"
+                          << "1024 Kb";
+    QTest::newRow("5 GiB") << qint64(5) * 1024 * 1048576 << "5120 Mb"
+                           << "5120 Mb";
+    QTest::newRow("rounded") << qint64(1048576 + 5000) << "1 Mb"
+                             << "1 Mb";
+    QTest::newRow("two decimals") << qint64(1048576 + 13631) << "1.01 Mb"
+                                  << "1.01 Mb";
 }
 
 void TestTextFile::sizeTexts()

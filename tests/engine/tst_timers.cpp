@@ -93,8 +93,8 @@ void TestTimers::speeds()
              QStringLiteral("Vel. Total: 0Kb/seg||Vel. Media: 0 Kb/seg"));
 
     for (const char *name : {"a", "b", "c"})
-        f.active.addnew(QStringLiteral("http://127.0.0.1:9/") + name, f.path(name), 0, 0, false,
-                        0, true, "", "", false);
+        f.active.addnew(QStringLiteral("http://127.0.0.1:9/") + name, f.path(name), 0, 0, false, 0,
+                        true, "", "", false);
     // Slot 1: 300 Kb in 2 s since this connection began; slot 2: 100.5 Kb in 1 s; slot 3 is
     // still connecting and does not count.
     DownloadSlot &a = f.active.slotAt(1);

@@ -28,19 +28,30 @@ void TestUrls::parts_data()
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("name");
 
-    QTest::newRow("port and folders") << "http://host:8080/dir/f.zip" << "host" << 8080
-                                      << "dir/f.zip" << "f.zip";
-    QTest::newRow("root slash") << "http://host/" << "host" << 80 << "" << "index.html";
-    QTest::newRow("no slash after host") << "http://host" << "host" << 80 << "" << "host";
-    QTest::newRow("ftp with blank") << "ftp://host/pub/my%20file.txt" << "host" << 21
-                                    << "pub/my%20file.txt" << "my file.txt";
-    QTest::newRow("only %20 decoded") << "http://h/a%2Fb%41.zip" << "h" << 80 << "a%2Fb%41.zip"
+    QTest::newRow("port and folders") << "http://host:8080/dir/f.zip"
+                                      << "host" << 8080 << "dir/f.zip"
+                                      << "f.zip";
+    QTest::newRow("root slash") << "http://host/"
+                                << "host" << 80 << ""
+                                << "index.html";
+    QTest::newRow("no slash after host") << "http://host"
+                                         << "host" << 80 << ""
+                                         << "host";
+    QTest::newRow("ftp with blank") << "ftp://host/pub/my%20file.txt"
+                                    << "host" << 21 << "pub/my%20file.txt"
+                                    << "my file.txt";
+    QTest::newRow("only %20 decoded") << "http://h/a%2Fb%41.zip"
+                                      << "h" << 80 << "a%2Fb%41.zip"
                                       << "a%2Fb%41.zip";
-    QTest::newRow("folder ends in slash") << "http://h/dir/" << "h" << 80 << "dir/"
+    QTest::newRow("folder ends in slash") << "http://h/dir/"
+                                          << "h" << 80 << "dir/"
                                           << "index.html";
-    QTest::newRow("colon in path cuts host") << "http://h/a:b/c.zip" << "h/a" << 0 << "a:b/c.zip"
+    QTest::newRow("colon in path cuts host") << "http://h/a:b/c.zip"
+                                             << "h/a" << 0 << "a:b/c.zip"
                                              << "c.zip";
-    QTest::newRow("high port") << "ftp://127.0.0.1:50021/x" << "127.0.0.1" << 50021 << "x" << "x";
+    QTest::newRow("high port") << "ftp://127.0.0.1:50021/x"
+                               << "127.0.0.1" << 50021 << "x"
+                               << "x";
 }
 
 void TestUrls::parts()
@@ -74,12 +85,18 @@ void TestUrls::resolveDots_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("resolved");
-    QTest::newRow("one up") << "http://h/a/b/../c.zip" << "http://h/a/c.zip";
-    QTest::newRow("two up") << "ftp://h/a/b/../../c" << "ftp://h/c";
-    QTest::newRow("dot kept") << "http://h/./a" << "http://h/./a";
-    QTest::newRow("no scheme") << "h/a/../b" << "h/b";
-    QTest::newRow("trailing slash") << "http://h/a/" << "http://h/a/";
-    QTest::newRow("empty") << "" << "";
+    QTest::newRow("one up") << "http://h/a/b/../c.zip"
+                            << "http://h/a/c.zip";
+    QTest::newRow("two up") << "ftp://h/a/b/../../c"
+                            << "ftp://h/c";
+    QTest::newRow("dot kept") << "http://h/./a"
+                              << "http://h/./a";
+    QTest::newRow("no scheme") << "h/a/../b"
+                               << "h/b";
+    QTest::newRow("trailing slash") << "http://h/a/"
+                                    << "http://h/a/";
+    QTest::newRow("empty") << ""
+                           << "";
 }
 
 void TestUrls::resolveDots()

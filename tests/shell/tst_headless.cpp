@@ -4,7 +4,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QTest>
-
 #include <csignal>
 
 namespace {
@@ -49,8 +48,9 @@ private Q_SLOTS:
 void TestHeadless::finishesWithoutSettingsFile()
 {
     SettingsFixture f;
-    ScriptedHttpServer server(
-        [](const QByteArray &request, int) { return ScriptedHttpServer::file(Content, request, true); });
+    ScriptedHttpServer server([](const QByteArray &request, int) {
+        return ScriptedHttpServer::file(Content, request, true);
+    });
     Run run;
     start(run, f.folder(), {server.url("a/f.bin")});
     QTRY_VERIFY_WITH_TIMEOUT(run.process.state() == QProcess::NotRunning, 20000);
@@ -89,8 +89,9 @@ void TestHeadless::queueLongerThanTheLimit()
     // Two at a time: the rest wait in the queue and follow as places free.
     QVERIFY(f.model.setSpin(&Settings::maxdescval, 3));
     QVERIFY(f.model.save());
-    ScriptedHttpServer server(
-        [](const QByteArray &request, int) { return ScriptedHttpServer::file(Content, request, true); });
+    ScriptedHttpServer server([](const QByteArray &request, int) {
+        return ScriptedHttpServer::file(Content, request, true);
+    });
     QStringList urls;
     for (int i = 0; i < 6; ++i)
         urls << server.url(QStringLiteral("f%1.bin").arg(i));

@@ -3,7 +3,6 @@
 #include "desktop.h"
 
 #include <QStringList>
-
 #include <deque>
 
 // A desktop that records every call as one text ("messageBox|Critical|text") and answers

@@ -35,8 +35,7 @@ class NginxServer final : public LocalServer
 public:
     explicit NginxServer(const QString &root, const QString &extra = {})
         : LocalServer(root), m_extra(extra)
-    {
-    }
+    {}
     QString url(const QString &name) const override;
 
 private:

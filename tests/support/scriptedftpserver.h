@@ -6,7 +6,6 @@
 #include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
-
 #include <functional>
 #include <optional>
 

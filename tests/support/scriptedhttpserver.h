@@ -4,15 +4,14 @@
 #include <QList>
 #include <QObject>
 #include <QTcpServer>
-
 #include <functional>
 
 // What the server sends back for one request.
 struct HttpReply
 {
     QByteArray bytes;
-    qint64 dropAfter = -1;  // close once this many bytes are sent
-    bool stall = false;     // after sending, keep the connection open and silent
+    qint64 dropAfter = -1;    // close once this many bytes are sent
+    bool stall = false;       // after sending, keep the connection open and silent
     QList<QByteArray> chunks; // instead of `bytes`: sent one by one, a little apart
     bool closeAtOnce = false;
 

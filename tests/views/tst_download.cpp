@@ -71,10 +71,10 @@ void TestDownload::colours_data()
         << QStringList{"select", "reconnect"} << 0xE2FFC6u << 0xE2FFC6u << SystemHighlightText;
     QTest::newRow("exhausted then deselected")
         << QStringList{"select", "redoend", "deselect"} << 0x8080FFu << 0x8080FFu << 0u;
-    QTest::newRow("reconnect off goes white") << QStringList{"redoend", "reconnect", "connected"}
-                                              << 0xFFFFFFu << 0xFFFFFFu << 0u;
-    QTest::newRow("finished keeps tooltip colour") << QStringList{"select", "end", "deselect"}
-                                                   << SystemToolTipBack << SystemToolTipBack << 0u;
+    QTest::newRow("reconnect off goes white")
+        << QStringList{"redoend", "reconnect", "connected"} << 0xFFFFFFu << 0xFFFFFFu << 0u;
+    QTest::newRow("finished keeps tooltip colour")
+        << QStringList{"select", "end", "deselect"} << SystemToolTipBack << SystemToolTipBack << 0u;
     QTest::newRow("finalizado alone changes nothing")
         << QStringList{"finalizado"} << 0xFFFFFFu << 0xFFFFFFu << 0u;
     QTest::newRow("selected while finished") << QStringList{"end", "select"} << SystemToolTipBack
@@ -114,8 +114,8 @@ void TestDownload::layout_data()
     QTest::addColumn<int>("width");
     QTest::addColumn<int>("q");
     QTest::newRow("wide") << 9675 << 2250;
-    QTest::newRow("half rounds to even") << 677 << 0;   // (677 - 675) / 4 = 0.5
-    QTest::newRow("odd half rounds up") << 681 << 2;    // 1.5
+    QTest::newRow("half rounds to even") << 677 << 0; // (677 - 675) / 4 = 0.5
+    QTest::newRow("odd half rounds up") << 681 << 2;  // 1.5
     QTest::newRow("narrower than percentage") << 75 << -150;
 }
 
