@@ -3,7 +3,7 @@
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-packages=(cmake g++ ninja-build qt6-base-dev qt6-qpa-plugins libgl-dev fonts-dejavu-core
+packages=(cmake g++ ninja-build qt6-base-dev qt6-qpa-plugins qt6-multimedia-dev libgl-dev fonts-dejavu-core
           nginx-light python3-pyftpdlib)
 missing=()
 for p in "${packages[@]}"; do
