@@ -30,6 +30,10 @@ void SlotFile::seek(qint64 position)
 
 void SlotFile::write(QByteArrayView data)
 {
+    // Bytes of a connection whose file was closed under it (its control connection failed)
+    // have nowhere to go.
+    if (!m_file.isOpen())
+        throw Failure(QStringLiteral("El archivo no está abierto"));
     if (m_file.write(data.data(), data.size()) != data.size())
         throw Failure(m_file.errorString());
 }
