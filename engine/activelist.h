@@ -78,6 +78,9 @@ public:
     void shutdownTick();
 
     // Called by the transfers.
+    // The most one read takes from a socket; larger blocks were measured slower.
+    static constexpr qint64 ReceiveChunk = 256 * 1024;
+    QByteArray &receiveBuffer() { return m_receiveBuffer; }
     const Settings &settings() const { return m_settings; }
     Desktop &desktop() { return m_desktop; }
     Notifier &notifier() { return m_notifier; }
@@ -123,6 +126,7 @@ private:
     DownloadDetails m_details;
     bool m_apagar = false;
     QString m_loginCaption = LoginCaption;
+    QByteArray m_receiveBuffer{ReceiveChunk, Qt::Uninitialized};
     QTimer m_tiempotrans;
     QTimer m_update;
     QTimer m_shutdown;

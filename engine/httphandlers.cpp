@@ -42,13 +42,13 @@ void Transfer::wsConnected()
 
 void Transfer::wsReadyRead()
 {
-    // Everything the socket holds, read into one buffer that is kept between chunks.
-    const qint64 available = m_ws.bytesAvailable();
-    if (available <= 0)
+    // Up to one chunk, read into the buffer all transfers share: a chunk is done with before
+    // the next event.
+    QByteArray &buffer = m_list.receiveBuffer();
+    const qint64 received = m_ws.read(buffer.data(), buffer.size());
+    if (received <= 0)
         return;
-    if (m_buffer.size() < available)
-        m_buffer.resize(available);
-    const QByteArrayView chunk(m_buffer.constData(), m_ws.read(m_buffer.data(), available));
+    const QByteArrayView chunk(buffer.constData(), received);
     m_handled = false;
     try {
         qsizetype payloadStart = 0;
@@ -106,7 +106,9 @@ void Transfer::writePayload(QByteArrayView payload)
     if (s.total != 0 && s.bytes - 1 >= s.total) {
         closeWs();
         finished();
+        return;
     }
+    gatherAfter(payload.size());
 }
 
 void Transfer::fail(const QString &text)
@@ -141,7 +143,7 @@ void Transfer::redirect(const QString &address)
 void Transfer::wsClosedByPeer()
 {
     // Bytes that came with the close are still to be written.
-    if (m_ws.bytesAvailable() > 0) {
+    while (m_ws.bytesAvailable() > 0) {
         wsReadyRead();
         if (m_handled)
             return;

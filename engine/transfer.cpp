@@ -7,6 +7,9 @@
 #include "settings.h"
 #include "urls.h"
 
+#include <algorithm>
+#include <sys/socket.h>
+
 namespace {
 
 // A close of our own must not look like a close by the server: no signal leaves the socket.
@@ -21,6 +24,8 @@ void closeQuietly(QTcpSocket &socket)
 Transfer::Transfer(ActiveList &list, int index, int retries)
     : m_list(list), m_index(index), m_redoTag(retries)
 {
+    // The socket keeps at most one chunk; the rest waits in the kernel until it is written.
+    m_ws.setReadBufferSize(ActiveList::ReceiveChunk);
     m_redo.setSingleShot(false);
     connect(&m_redo, &QTimer::timeout, this, &Transfer::redoTick);
     connect(&m_ws, &QTcpSocket::connected, this, &Transfer::wsConnected);
@@ -74,6 +79,29 @@ void Transfer::stop()
 void Transfer::closeWs()
 {
     closeQuietly(m_ws);
+    m_lowWater = 1;
+}
+
+// While data streams in, the kernel is asked to gather a good part of a chunk before it wakes
+// the socket: fewer, larger reads and writes. Never more than the bytes still expected, and the
+// silence count lowers it again every second, so bytes of a slow server never wait long; a close
+// always wakes the socket.
+void Transfer::gatherAfter(qint64 lastRead)
+{
+    constexpr qint64 Gather = ActiveList::ReceiveChunk / 2;
+    const DownloadSlot &s = slot();
+    qint64 bytes = lastRead >= Gather ? Gather : 1;
+    if (s.total != 0)
+        bytes = std::clamp<qint64>(s.total - (s.bytes - 1), 1, bytes);
+    setLowWater(int(bytes));
+}
+
+void Transfer::setLowWater(int bytes)
+{
+    if (bytes == m_lowWater || m_ws.socketDescriptor() < 0)
+        return;
+    m_lowWater = bytes;
+    ::setsockopt(int(m_ws.socketDescriptor()), SOL_SOCKET, SO_RCVLOWAT, &bytes, sizeof bytes);
 }
 
 void Transfer::closeFtp()
@@ -104,6 +132,7 @@ void Transfer::redoTick()
 
 void Transfer::countSilence()
 {
+    setLowWater(1);
     ++m_sindatos;
     // A retry already waiting is left to run: starting it again would restart its countdown.
     if (m_sindatos > m_list.settings().waitv && !row().redoend() && !m_redo.isActive()) {

@@ -43,6 +43,8 @@ private:
     DownloadRow &row();
     void closeWs();
     void closeFtp();
+    void gatherAfter(qint64 lastRead);
+    void setLowWater(int bytes);
 
     // HTTP, and the data connection of FTP.
     void wsConnected();
@@ -71,8 +73,8 @@ private:
     QTimer m_redo;
     int m_redoTag;
     SlotFile m_file;
-    QByteArray m_buffer; // received bytes, reused for every chunk
     int m_sindatos = 0;
+    int m_lowWater = 1; // bytes the kernel gathers before the socket reads
     QString m_wsHost;
     quint16 m_wsPort = 0;
     QString m_wsPath;
