@@ -78,7 +78,7 @@ void Transfer::ftpReadyRead()
         if (code == 227) {
             const Ftp::Endpoint data = Ftp::passiveEndpoint(line);
             closeWs();
-            m_ws.connectToHost(data.host, data.port);
+            openWs(data.host, data.port);
             ftpSend(QStringLiteral("RETR ") + FileNameOf(s.Data));
         }
     } catch (const Failure &) {

@@ -46,6 +46,10 @@ void Transfer::wsReadyRead()
     // the next event.
     QByteArray &buffer = m_list.receiveBuffer();
     const qint64 received = m_ws.read(buffer.data(), buffer.size());
+    if (received < 0 && m_ws.state() == QAbstractSocket::UnconnectedState) {
+        wsEnded();
+        return;
+    }
     if (received <= 0)
         return;
     const QByteArrayView chunk(buffer.constData(), received);
@@ -137,7 +141,7 @@ void Transfer::redirect(const QString &address)
     m_wsHost = HostOf(address, m_list.desktop());
     m_wsPort = PortOf(address);
     m_wsPath = PathOf(address);
-    m_ws.connectToHost(m_wsHost, m_wsPort);
+    openWs(m_wsHost, m_wsPort);
 }
 
 void Transfer::wsClosedByPeer()
@@ -175,6 +179,16 @@ void Transfer::finished()
     // An FTP control connection has nothing more to do either.
     closeFtp();
     m_list.transferFinished(m_index);
+}
+
+// An unbuffered socket learns of a close or a reset from the read itself, and then is left
+// unconnected without a signal.
+void Transfer::wsEnded()
+{
+    if (m_ws.error() == QAbstractSocket::RemoteHostClosedError)
+        wsClosedByPeer();
+    else
+        wsError(m_ws.error());
 }
 
 void Transfer::wsError(QAbstractSocket::SocketError error)

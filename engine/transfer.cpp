@@ -24,8 +24,6 @@ void closeQuietly(QTcpSocket &socket)
 Transfer::Transfer(ActiveList &list, int index, int retries)
     : m_list(list), m_index(index), m_redoTag(retries)
 {
-    // The socket keeps at most one chunk; the rest waits in the kernel until it is written.
-    m_ws.setReadBufferSize(ActiveList::ReceiveChunk);
     m_redo.setSingleShot(false);
     connect(&m_redo, &QTimer::timeout, this, &Transfer::redoTick);
     connect(&m_ws, &QTcpSocket::connected, this, &Transfer::wsConnected);
@@ -63,7 +61,7 @@ void Transfer::start()
 {
     const QString &address = slot().Data;
     if (address.startsWith(QLatin1String("http://")))
-        m_ws.connectToHost(m_wsHost, m_wsPort);
+        openWs(m_wsHost, m_wsPort);
     else if (address.startsWith(QLatin1String("ftp://")))
         m_ftp.connectToHost(m_ftpHost, m_ftpPort);
 }
@@ -74,6 +72,13 @@ void Transfer::stop()
     closeWs();
     closeFtp();
     m_file.close();
+}
+
+// Unbuffered: a read takes the bytes straight from the kernel into the shared buffer, with no
+// copy kept by the socket.
+void Transfer::openWs(const QString &host, quint16 port)
+{
+    m_ws.connectToHost(host, port, QIODevice::ReadWrite | QIODevice::Unbuffered);
 }
 
 void Transfer::closeWs()

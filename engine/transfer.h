@@ -41,6 +41,7 @@ public:
 private:
     DownloadSlot &slot();
     DownloadRow &row();
+    void openWs(const QString &host, quint16 port);
     void closeWs();
     void closeFtp();
     void gatherAfter(qint64 lastRead);
@@ -50,6 +51,7 @@ private:
     void wsConnected();
     void wsReadyRead();
     void wsClosedByPeer();
+    void wsEnded();
     void wsError(QAbstractSocket::SocketError error);
     void handleHead(QByteArrayView chunk, qsizetype &payloadStart);
     void writePayload(QByteArrayView payload);
