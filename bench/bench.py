@@ -668,6 +668,9 @@ def main():
                     help="data folder (source files are kept here and reused)")
     ap.add_argument("--state", default=None, help="temporary folder for the servers (made and removed when not given)")
     ap.add_argument("--rounds", type=int, default=int(os.environ.get("ROUNDS", "5")))
+    ap.add_argument("--warmup", type=int, default=int(os.environ.get("WARMUP", "1")),
+                    help="uncounted rounds first (the first run on a fresh machine is often "
+                         "several times slower, whichever client it is)")
     ap.add_argument("--scenarios", default=os.environ.get("SCENARIOS", "a,b,c"))
     ap.add_argument("--clients", default=os.environ.get("CLIENTS", ",".join(CLIENTS)))
     ap.add_argument("--no-wget-parallel", action="store_true",
@@ -719,6 +722,13 @@ def main():
     try:
         servers.start()
         runner = Runner(args, servers, sums)
+        for wn in range(1, args.warmup + 1):
+            for sc in scenarios:
+                for cl in clients:
+                    if cl == "wget" and sc == "c" and args.no_wget_parallel:
+                        continue
+                    r = runner.run(cl, sc, f"w{wn}")
+                    log(f"  warm-up ({sc}) {cl:8s} {r['wall_s']:7.2f} s, not counted")
         for rn in range(1, args.rounds + 1):
             k = (rn - 1) % len(clients)
             order = clients[k:] + clients[:k]
