@@ -146,12 +146,8 @@ void Transfer::redirect(const QString &address)
 
 void Transfer::wsClosedByPeer()
 {
-    // Bytes that came with the close are still to be written.
-    while (m_ws.bytesAvailable() > 0) {
-        wsReadyRead();
-        if (m_handled)
-            return;
-    }
+    // The socket is unbuffered: the close is seen only once every byte before it was read and
+    // written.
     DownloadSlot &s = slot();
     s.velocidad = 0;
     // Up to three bytes short of the size still counts as finished; an unknown size always does.
@@ -173,7 +169,6 @@ void Transfer::lost()
 
 void Transfer::finished()
 {
-    m_handled = true;
     m_file.close();
     closeWs();
     // An FTP control connection has nothing more to do either.
