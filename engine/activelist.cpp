@@ -72,21 +72,6 @@ int ActiveList::nextFreeIndex() const
     throw Failure(QStringLiteral("No queda sitio en la lista"));
 }
 
-int ActiveList::rowCount() const
-{
-    return 1 + int(std::count_if(m_rows.begin() + 1, m_rows.end(),
-                                 [](const auto &row) { return row != nullptr; }));
-}
-
-int ActiveList::highestIndex() const
-{
-    for (int i = SlotCount - 1; i > 0; --i) {
-        if (m_rows[i])
-            return i;
-    }
-    return 0;
-}
-
 bool ActiveList::hasRow(int index) const
 {
     return index > 0 && index < SlotCount && m_rows[index];

@@ -4,6 +4,7 @@
 #include "downloadslot.h"
 #include "ftplogin.h"
 #include "notifier.h"
+#include "rowtable.h"
 
 #include <QObject>
 #include <QTimer>
@@ -60,8 +61,8 @@ public:
     void stopAll();
 
     // Rows loaded, the template row included, as the limits count them.
-    int rowCount() const;
-    int highestIndex() const;
+    int rowCount() const { return rowCountOf(m_rows); }
+    int highestIndex() const { return highestIndexOf(m_rows); }
     bool hasRow(int index) const;
     DownloadSlot &slotAt(int index) { return m_slots.at(index); }
     DownloadRow *rowAt(int index) { return m_rows.at(index).get(); }
@@ -119,7 +120,7 @@ private:
     InactiveList *m_inactive = nullptr;
 
     std::array<DownloadSlot, SlotCount> m_slots;
-    std::array<std::unique_ptr<DownloadRow>, SlotCount> m_rows;
+    RowTable m_rows;
     std::array<std::unique_ptr<Transfer>, SlotCount> m_transfers;
 
     int m_selected = 0;

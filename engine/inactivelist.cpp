@@ -80,21 +80,6 @@ void InactiveList::guardar_lista_inactivas()
     }
 }
 
-int InactiveList::rowCount() const
-{
-    return 1 + int(std::count_if(m_rows.begin() + 1, m_rows.end(),
-                                 [](const auto &row) { return row != nullptr; }));
-}
-
-int InactiveList::highestIndex() const
-{
-    for (int i = SlotCount - 1; i > 0; --i) {
-        if (m_rows[i])
-            return i;
-    }
-    return 0;
-}
-
 bool InactiveList::existe(int index) const
 {
     return index > 0 && index < SlotCount && m_ocupado[index];

@@ -4,6 +4,7 @@
 #include "downloadslot.h"
 #include "listrecord.h"
 #include "programfolder.h"
+#include "rowtable.h"
 
 #include <QObject>
 #include <array>
@@ -42,8 +43,8 @@ public:
     void CallContinue();
     void bloquear();
 
-    int rowCount() const;
-    int highestIndex() const;
+    int rowCount() const { return rowCountOf(m_rows); }
+    int highestIndex() const { return highestIndexOf(m_rows); }
     const ListRecord &registro(int index) const { return m_registros.at(index); }
     DownloadRow *rowAt(int index) { return m_rows.at(index).get(); }
     int seleccionado() const { return m_selected; }
@@ -67,6 +68,6 @@ private:
 
     std::array<ListRecord, SlotCount> m_registros;
     std::array<bool, SlotCount> m_ocupado{};
-    std::array<std::unique_ptr<DownloadRow>, SlotCount> m_rows;
+    RowTable m_rows;
     int m_selected = 0;
 };
