@@ -7,7 +7,32 @@
 #include "settings.h"
 
 #include <QFile>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
+
+// The same bytes for the same size, so a failure can be repeated.
+inline QByteArray randomBytes(int size)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    QRandomGenerator generator(size);
+    for (char &byte : bytes)
+        byte = char(generator.bounded(256));
+    return bytes;
+}
+
+// A folder for a real server to serve, holding one file of random bytes.
+struct ServedFolder
+{
+    QTemporaryDir root;
+    QByteArray bytes;
+
+    ServedFolder(const QString &name, int size) : bytes(randomBytes(size))
+    {
+        QFile file(root.filePath(name));
+        if (file.open(QIODevice::WriteOnly))
+            file.write(bytes);
+    }
+};
 
 // Both lists wired together over a fresh program folder, a scripted desktop and plain rows.
 struct EngineFixture

@@ -3,19 +3,9 @@
 #include "scriptedftpserver.h"
 #include "transfer.h"
 
-#include <QRandomGenerator>
 #include <QTest>
 
 namespace {
-
-QByteArray randomBytes(int size)
-{
-    QByteArray bytes(size, Qt::Uninitialized);
-    QRandomGenerator generator(size);
-    for (char &byte : bytes)
-        byte = char(generator.bounded(256));
-    return bytes;
-}
 
 const QByteArray Content = randomBytes(150000);
 
@@ -163,13 +153,9 @@ void TestFtp::loginRefused()
 
 void TestFtp::realServer()
 {
-    QTemporaryDir root;
-    const QByteArray big = randomBytes(2 * 1024 * 1024 + 5);
-    QFile source(root.filePath("grande.bin"));
-    QVERIFY(source.open(QIODevice::WriteOnly));
-    source.write(big);
-    source.close();
-    FtpdServer ftpd(root.path());
+    const ServedFolder served("grande.bin", 2 * 1024 * 1024 + 5);
+    const QByteArray &big = served.bytes;
+    FtpdServer ftpd(served.root.path());
     QVERIFY2(ftpd.start(), qPrintable(ftpd.error()));
 
     EngineFixture f;

@@ -3,20 +3,10 @@
 #include "scriptedhttpserver.h"
 #include "transfer.h"
 
-#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
 
 namespace {
-
-QByteArray randomBytes(int size)
-{
-    QByteArray bytes(size, Qt::Uninitialized);
-    QRandomGenerator generator(size);
-    for (char &byte : bytes)
-        byte = char(generator.bounded(256));
-    return bytes;
-}
 
 const QByteArray Content = randomBytes(200000);
 
@@ -277,13 +267,9 @@ void TestHttp::badReplies()
 
 void TestHttp::realServer()
 {
-    QTemporaryDir root;
-    const QByteArray big = randomBytes(3 * 1024 * 1024 + 17);
-    QFile source(root.filePath("grande.bin"));
-    QVERIFY(source.open(QIODevice::WriteOnly));
-    source.write(big);
-    source.close();
-    NginxServer nginx(root.path());
+    const ServedFolder served("grande.bin", 3 * 1024 * 1024 + 17);
+    const QByteArray &big = served.bytes;
+    NginxServer nginx(served.root.path());
     QVERIFY2(nginx.start(), qPrintable(nginx.error()));
 
     EngineFixture f;
