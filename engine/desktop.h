@@ -23,8 +23,9 @@ public:
 
     virtual void messageBox(const QString &text, Icon icon, const QString &title = {}) = 0;
     virtual bool askYesNo(const QString &text) = 0;
-    // nullopt when the person cancels.
-    virtual std::optional<QString> inputBox(const QString &prompt, const QString &initial) = 0;
+    // nullopt when the person cancels. An empty title shows the program's name.
+    virtual std::optional<QString> inputBox(const QString &prompt, const QString &initial,
+                                            const QString &title = {}) = 0;
     // The chosen path, or an empty text when cancelled.
     virtual QString openFileDialog(const QString &initial, const QString &filter) = 0;
     virtual QString saveFileDialog(const QString &initial, const QString &filter) = 0;
@@ -36,6 +37,8 @@ public:
     virtual void showMessageWindow(const QString &text, const QString &imagePath) = 0;
     virtual void raiseTrayIndicator(const QString &text) = 0;
     virtual void openFile(const QString &path) = 0;
+    // An address for the program the system uses for it: a web browser, the mail program.
+    virtual void openUrl(const QString &url) = 0;
     virtual void startProgram(const QString &commandLine) = 0;
     virtual void powerOff() = 0;
 };

@@ -21,7 +21,8 @@ QString afterSlashes(const QString &url)
 
 QString HostOf(const QString &url, Desktop &desktop)
 {
-    if (!url.startsWith(QLatin1String("http://")) && !url.startsWith(QLatin1String("ftp:"))) {
+    if (!url.startsWith(QLatin1String("http://")) && !url.startsWith(QLatin1String("https://")) &&
+        !url.startsWith(QLatin1String("ftp:"))) {
         desktop.messageBox(QStringLiteral("Dirección incorrecta."), Desktop::Icon::Critical);
         return HostError;
     }
@@ -51,7 +52,9 @@ quint16 PortOf(const QString &url)
             throw Failure(QStringLiteral("Puerto incorrecto: ") + digits);
         return quint16(port);
     }
-    return scheme == QLatin1String("ftp:") ? 21 : 80;
+    if (scheme == QLatin1String("ftp:"))
+        return 21;
+    return scheme == QLatin1String("https:") ? 443 : 80;
 }
 
 QString PathOf(const QString &url)
@@ -83,7 +86,8 @@ QString ResolveDots(const QString &url)
     if (url.isEmpty())
         return QString();
     QString scheme;
-    for (const QLatin1String prefix : {QLatin1String("http://"), QLatin1String("ftp://")}) {
+    for (const QLatin1String prefix :
+         {QLatin1String("http://"), QLatin1String("https://"), QLatin1String("ftp://")}) {
         if (url.startsWith(prefix))
             scheme = prefix;
     }

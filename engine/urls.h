@@ -4,8 +4,9 @@
 
 class Desktop;
 
-// Parts of a download address. Only HostOf talks to the user; PortOf and ResolveDots throw
-// Failure on malformed input, which the caller's own error handling reports.
+// Parts of a download address (http://, https:// or ftp://, exact case). Only HostOf talks to
+// the user; PortOf and ResolveDots throw Failure on malformed input, which the caller's own
+// error handling reports.
 QString HostOf(const QString &url, Desktop &desktop);
 quint16 PortOf(const QString &url);
 QString PathOf(const QString &url);

@@ -27,7 +27,8 @@ bool ConsoleDesktop::askYesNo(const QString &text)
     return false;
 }
 
-std::optional<QString> ConsoleDesktop::inputBox(const QString &prompt, const QString &)
+std::optional<QString> ConsoleDesktop::inputBox(const QString &prompt, const QString &,
+                                                const QString &)
 {
     say(prompt + QStringLiteral(" [sin pantalla: cancelado]"));
     return std::nullopt;
@@ -68,6 +69,8 @@ void ConsoleDesktop::raiseTrayIndicator(const QString &text)
 }
 
 void ConsoleDesktop::openFile(const QString &) {}
+
+void ConsoleDesktop::openUrl(const QString &) {}
 
 void ConsoleDesktop::startProgram(const QString &commandLine)
 {

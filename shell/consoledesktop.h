@@ -16,7 +16,8 @@ public:
 
     void messageBox(const QString &text, Icon icon, const QString &title) override;
     bool askYesNo(const QString &text) override;
-    std::optional<QString> inputBox(const QString &prompt, const QString &initial) override;
+    std::optional<QString> inputBox(const QString &prompt, const QString &initial,
+                                    const QString &title) override;
     QString openFileDialog(const QString &initial, const QString &filter) override;
     QString saveFileDialog(const QString &initial, const QString &filter) override;
     QString chooseFolder(const QString &initial) override;
@@ -25,6 +26,7 @@ public:
     void showMessageWindow(const QString &text, const QString &imagePath) override;
     void raiseTrayIndicator(const QString &text) override;
     void openFile(const QString &path) override;
+    void openUrl(const QString &url) override;
     void startProgram(const QString &commandLine) override;
     void powerOff() override;
 

@@ -50,11 +50,13 @@ bool QtDesktop::askYesNo(const QString &text)
                                  QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
 }
 
-std::optional<QString> QtDesktop::inputBox(const QString &prompt, const QString &initial)
+std::optional<QString> QtDesktop::inputBox(const QString &prompt, const QString &initial,
+                                           const QString &title)
 {
     bool ok = false;
-    const QString answer = QInputDialog::getText(m_mainWindow, QStringLiteral("Corvane"), prompt,
-                                                 QLineEdit::Normal, initial, &ok);
+    const QString answer =
+        QInputDialog::getText(m_mainWindow, title.isEmpty() ? QStringLiteral("Corvane") : title,
+                              prompt, QLineEdit::Normal, initial, &ok);
     return ok ? std::optional<QString>(answer) : std::nullopt;
 }
 
@@ -124,6 +126,11 @@ void QtDesktop::raiseTrayIndicator(const QString &text)
 void QtDesktop::openFile(const QString &path)
 {
     QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+}
+
+void QtDesktop::openUrl(const QString &url)
+{
+    QDesktopServices::openUrl(QUrl(url));
 }
 
 void QtDesktop::startProgram(const QString &commandLine)

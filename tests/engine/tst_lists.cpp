@@ -128,7 +128,7 @@ void TestLists::limits()
 void TestLists::badAddress()
 {
     EngineFixture f;
-    QCOMPARE(f.active.addnew("https://h/a", "/a", 0, 0, false, 0, false, "", "", false), 0);
+    QCOMPARE(f.active.addnew("HTTPS://h/a", "/a", 0, 0, false, 0, false, "", "", false), 0);
     QCOMPARE(f.active.addnew("http://h:80", "/a", 0, 0, false, 0, false, "", "", false), 0);
     QCOMPARE(f.active.rowCount(), 1);
     QCOMPARE(f.desktop.callsOf("messageBox"),

@@ -49,6 +49,12 @@ void TestUrls::parts_data()
     QTest::newRow("colon in path cuts host") << "http://h/a:b/c.zip"
                                              << "h/a" << 0 << "a:b/c.zip"
                                              << "c.zip";
+    QTest::newRow("https") << "https://host/d/f.zip"
+                           << "host" << 443 << "d/f.zip"
+                           << "f.zip";
+    QTest::newRow("https with port") << "https://host:8443/f.zip"
+                                     << "host" << 8443 << "f.zip"
+                                     << "f.zip";
     QTest::newRow("high port") << "ftp://127.0.0.1:50021/x"
                                << "127.0.0.1" << 50021 << "x"
                                << "x";
@@ -68,8 +74,8 @@ void TestUrls::parts()
 void TestUrls::badScheme_data()
 {
     QTest::addColumn<QString>("url");
-    QTest::newRow("https") << "https://host/f.zip";
     QTest::newRow("capital scheme") << "HTTP://host/f.zip";
+    QTest::newRow("capital secure scheme") << "HTTPS://host/f.zip";
     QTest::newRow("empty") << "";
 }
 
@@ -87,6 +93,8 @@ void TestUrls::resolveDots_data()
     QTest::addColumn<QString>("resolved");
     QTest::newRow("one up") << "http://h/a/b/../c.zip"
                             << "http://h/a/c.zip";
+    QTest::newRow("https") << "https://h/a/../b"
+                           << "https://h/b";
     QTest::newRow("two up") << "ftp://h/a/b/../../c"
                             << "ftp://h/c";
     QTest::newRow("dot kept") << "http://h/./a"

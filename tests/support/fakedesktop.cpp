@@ -47,9 +47,11 @@ bool FakeDesktop::askYesNo(const QString &text)
     return answer;
 }
 
-std::optional<QString> FakeDesktop::inputBox(const QString &prompt, const QString &initial)
+std::optional<QString> FakeDesktop::inputBox(const QString &prompt, const QString &initial,
+                                             const QString &title)
 {
-    calls.append(QStringLiteral("inputBox|") + prompt + QLatin1Char('|') + initial);
+    calls.append(QStringLiteral("inputBox|") + prompt + QLatin1Char('|') + initial +
+                 (title.isEmpty() ? QString() : QLatin1Char('|') + title));
     if (inputAnswers.empty())
         return std::nullopt;
     const bool cancelled = !inputAnswers.front().has_value();
@@ -118,6 +120,11 @@ void FakeDesktop::raiseTrayIndicator(const QString &text)
 void FakeDesktop::openFile(const QString &path)
 {
     calls.append(QStringLiteral("openFile|") + path);
+}
+
+void FakeDesktop::openUrl(const QString &url)
+{
+    calls.append(QStringLiteral("openUrl|") + url);
 }
 
 void FakeDesktop::startProgram(const QString &commandLine)
