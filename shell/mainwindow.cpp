@@ -1,0 +1,207 @@
+#include "mainwindow.h"
+
+#include "mainactions.h"
+
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QToolBar>
+
+namespace {
+
+const char *const SwitchNames[ViewSwitches::Count] = {
+    "viewweb",          "viewhist", "viewactivas", "viewinactivas",
+    "viewestadisticas", "general",  "viequickadd"};
+
+} // namespace
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent), m_actions(new MainActions(*this)), m_mdi(new QMdiArea(this))
+{
+    setObjectName(QStringLiteral("main"));
+    setWindowTitle(QStringLiteral("Corvane"));
+    // The bars are shown and hidden from the Ver menu only, so that its checks stay true.
+    setContextMenuPolicy(Qt::NoContextMenu);
+    m_mdi->setObjectName(QStringLiteral("mdi"));
+    m_mdi->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    m_mdi->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    setCentralWidget(m_mdi);
+    buildQuickBar();
+    buildStatusBar();
+
+    for (int i = 0; i < ViewSwitches::Count; ++i) {
+        const auto which = ViewSwitches::Switch(i);
+        connect(switchAction(which), &QAction::toggled, this,
+                [this, which](bool on) { showSwitched(which, on); });
+    }
+    resize(980, 660);
+}
+
+void MainWindow::buildQuickBar()
+{
+    addToolBarBreak();
+    m_quickbar = addToolBar(QStringLiteral("Barra de añadido rápido"));
+    m_quickbar->setObjectName(QStringLiteral("quickbar"));
+    m_quickbar->setMovable(false);
+    auto *label = new QLabel(QStringLiteral("  Añadir descarga:"), m_quickbar);
+    label->setObjectName(QStringLiteral("Label1"));
+    m_quickadd = new QComboBox(m_quickbar);
+    m_quickadd->setObjectName(QStringLiteral("quickadd"));
+    m_quickadd->setEditable(true);
+    // The list holds the addresses added before, as the program records them; Enter adds.
+    m_quickadd->setInsertPolicy(QComboBox::NoInsert);
+    m_quickadd->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    m_quickadd->setMinimumContentsLength(20);
+    m_quickadd->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_quickadd->lineEdit()->setPlaceholderText(QStringLiteral("http://, https:// o ftp://"));
+    label->setBuddy(m_quickadd);
+    m_addquick = new QPushButton(QStringLiteral("Añadir"), m_quickbar);
+    m_addquick->setObjectName(QStringLiteral("addquick"));
+    m_quickbar->addWidget(label);
+    m_quickbar->addWidget(m_quickadd);
+    m_quickbar->addWidget(m_addquick);
+
+    const auto request = [this] { Q_EMIT quickAddRequested(m_quickadd->currentText()); };
+    connect(m_addquick, &QPushButton::clicked, this, request);
+    connect(m_quickadd->lineEdit(), &QLineEdit::returnPressed, this, request);
+}
+
+void MainWindow::buildStatusBar()
+{
+    QStatusBar *estado = statusBar();
+    estado->setObjectName(QStringLiteral("estado"));
+    const std::tuple<const char *, QString, QString, int> panels[] = {
+        {"descargas", QStringLiteral("0/0"),
+         QStringLiteral("Número de descargas activas/Descargas totales"), 2},
+        {"velmedia", QStringLiteral("0 Kb/s"), QStringLiteral("Velocidad media"), 2},
+        {"mensajes", QString(), QStringLiteral("Mensajes"), 3},
+    };
+    for (int i = 0; i < 3; ++i) {
+        const auto &[name, text, toolTip, stretch] = panels[i];
+        auto *panel = new QLabel(text, estado);
+        panel->setObjectName(QLatin1String(name));
+        panel->setToolTip(toolTip);
+        panel->setAccessibleName(toolTip);
+        // Long messages are cut at the panel's edge instead of widening the window.
+        panel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        panel->setMinimumWidth(80);
+        estado->addWidget(panel, stretch);
+        m_panels[i] = panel;
+    }
+}
+
+void MainWindow::setPanelText(int panel, const QString &text)
+{
+    if (panel >= descargas && panel <= mensajes)
+        m_panels[panel - 1]->setText(text);
+}
+
+QAction *MainWindow::switchAction(ViewSwitches::Switch which) const
+{
+    return (*m_actions)[QLatin1String(SwitchNames[which])];
+}
+
+void MainWindow::addChild(ViewSwitches::Switch which, QWidget *window)
+{
+    QMdiSubWindow *sub = m_mdi->addSubWindow(window);
+    sub->setAttribute(Qt::WA_DeleteOnClose, false);
+    sub->setObjectName(window->objectName() + QStringLiteral("Frame"));
+    sub->setWindowIcon(window->windowIcon());
+    sub->hide();
+    sub->installEventFilter(this);
+    m_children[which] = sub;
+}
+
+void MainWindow::showSwitched(ViewSwitches::Switch which, bool on)
+{
+    if (which == ViewSwitches::general)
+        m_actions->barra()->setVisible(on);
+    else if (which == ViewSwitches::viequickadd)
+        m_quickbar->setVisible(on);
+    else if (on)
+        bringForward(which);
+    else if (m_children[which])
+        m_children[which]->hide();
+}
+
+void MainWindow::bringForward(ViewSwitches::Switch which)
+{
+    QMdiSubWindow *sub = m_children[which];
+    if (!sub)
+        return;
+    sub->show();
+    sub->widget()->show();
+    m_mdi->setActiveSubWindow(sub);
+    const QSignalBlocker blocker(switchAction(which));
+    switchAction(which)->setChecked(true);
+}
+
+bool MainWindow::eventFilter(QObject *watched, QEvent *event)
+{
+    // A child window closed by its own close box: hidden, and its switch follows.
+    if (event->type() == QEvent::Close && !m_closing) {
+        for (int i = 0; i < ViewSwitches::Count; ++i) {
+            if (m_children[i] == watched) {
+                event->accept();
+                m_children[i]->hide();
+                switchAction(ViewSwitches::Switch(i))->setChecked(false);
+                return true;
+            }
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+ViewSwitches MainWindow::viewSwitches() const
+{
+    ViewSwitches switches;
+    for (int i = 0; i < ViewSwitches::Count; ++i)
+        switches.set(ViewSwitches::Switch(i), switchAction(ViewSwitches::Switch(i))->isChecked());
+    return switches;
+}
+
+void MainWindow::applyViewSwitches(const ViewSwitches &switches)
+{
+    for (int i = 0; i < ViewSwitches::Count; ++i) {
+        const auto which = ViewSwitches::Switch(i);
+        const QSignalBlocker blocker(switchAction(which));
+        switchAction(which)->setChecked(switches.on(which));
+        showSwitched(which, switches.on(which));
+    }
+}
+
+void MainWindow::tile(Qt::Orientation orientation)
+{
+    QList<QMdiSubWindow *> shown;
+    for (QMdiSubWindow *sub : m_mdi->subWindowList(QMdiArea::CreationOrder)) {
+        if (!sub->isHidden() && !sub->isMinimized())
+            shown.append(sub);
+    }
+    if (shown.isEmpty())
+        return;
+    const QRect area = m_mdi->viewport()->rect();
+    const int count = int(shown.size());
+    for (int i = 0; i < count; ++i) {
+        shown[i]->showNormal();
+        if (orientation == Qt::Horizontal) {
+            const int top = area.height() * i / count;
+            shown[i]->setGeometry(0, top, area.width(), area.height() * (i + 1) / count - top);
+        } else {
+            const int left = area.width() * i / count;
+            shown[i]->setGeometry(left, 0, area.width() * (i + 1) / count - left, area.height());
+        }
+    }
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    // The program saves everything and then ends; the window itself stays until then.
+    event->ignore();
+    if (!m_closing)
+        Q_EMIT closeRequested();
+}

@@ -1,0 +1,66 @@
+#include "systemtray.h"
+
+#include <QApplication>
+#include <QMenu>
+#include <QSystemTrayIcon>
+
+SystemTray::SystemTray(QWidget &mainWindow, QMenu *recent, QAction *apagar, QAction *help,
+                       QAction *about, QAction *quit)
+    : QObject(&mainWindow), m_main(mainWindow), m_systr(new QMenu)
+{
+    m_systr->setObjectName(QStringLiteral("systr"));
+    QAction *mostrar = m_systr->addAction(QStringLiteral("&Mostrar"));
+    mostrar->setObjectName(QStringLiteral("mostrar"));
+    connect(mostrar, &QAction::triggered, this, &SystemTray::showMainWindow);
+    m_systr->addSeparator();
+    QAction *lasdesc = m_systr->addMenu(recent);
+    lasdesc->setObjectName(QStringLiteral("lasdesc"));
+    lasdesc->setText(QStringLiteral("&Ultimos archivos descargados"));
+    m_systr->addSeparator();
+    m_systr->addAction(help);
+    m_systr->addAction(about);
+    m_systr->addSeparator();
+    // Its own caption, the same switch as the active window's "apagar" button.
+    QAction *shutdown = m_systr->addAction(QStringLiteral("A&pagar equipo al finalizar"));
+    shutdown->setObjectName(QStringLiteral("shutdown"));
+    shutdown->setCheckable(true);
+    shutdown->setChecked(apagar->isChecked());
+    connect(shutdown, &QAction::toggled, apagar, &QAction::setChecked);
+    connect(apagar, &QAction::toggled, shutdown, &QAction::setChecked);
+    m_systr->addAction(quit);
+}
+
+SystemTray::~SystemTray()
+{
+    delete m_systr;
+}
+
+void SystemTray::hideMainWindow()
+{
+    if (!QSystemTrayIcon::isSystemTrayAvailable()) {
+        m_main.showMinimized();
+        return;
+    }
+    if (!m_icon) {
+        m_icon = new QSystemTrayIcon(QApplication::windowIcon(), this);
+        m_icon->setToolTip(QStringLiteral("Corvane"));
+        m_icon->setContextMenu(m_systr);
+        connect(m_icon, &QSystemTrayIcon::activated, this,
+                [this](QSystemTrayIcon::ActivationReason reason) {
+                    if (reason == QSystemTrayIcon::Trigger ||
+                        reason == QSystemTrayIcon::DoubleClick)
+                        showMainWindow();
+                });
+    }
+    m_icon->show();
+    m_main.hide();
+}
+
+void SystemTray::showMainWindow()
+{
+    if (m_icon)
+        m_icon->hide();
+    m_main.showNormal();
+    m_main.raise();
+    m_main.activateWindow();
+}
