@@ -11,14 +11,14 @@ Notifier::Notifier(const Settings &settings, Desktop &desktop, const ProgramFold
 
 void Notifier::playSound(const QString &name)
 {
-    const QString path = m_folder.file(QStringLiteral("msg/") + name);
+    const QString path = m_folder.dataFile(QStringLiteral("msg/") + name);
     if (m_settings.wavs == 1 && QFileInfo::exists(path))
         m_desktop.playSound(path);
 }
 
 void Notifier::message(const QString &text, const QString &picture)
 {
-    MostrarMensaje(m_desktop, m_folder, text, m_folder.file(QStringLiteral("msg/") + picture));
+    MostrarMensaje(m_desktop, m_folder, text, m_folder.dataFile(QStringLiteral("msg/") + picture));
 }
 
 void Notifier::reportFailure(const QString &text)

@@ -5,20 +5,37 @@
 #include <QDir>
 #include <QFileInfo>
 
-ProgramFolder::ProgramFolder(const QString &dir) : m_dir(QDir::toNativeSeparators(dir))
+namespace {
+
+QString withoutTrailingSeparator(const QString &dir)
 {
-    while (m_dir.size() > 1 && m_dir.endsWith(QDir::separator()))
-        m_dir.chop(1);
+    QString result = QDir::toNativeSeparators(dir);
+    while (result.size() > 1 && result.endsWith(QDir::separator()))
+        result.chop(1);
+    return result;
 }
+
+} // namespace
+
+ProgramFolder::ProgramFolder(const QString &dir, const QString &dataDir)
+    : m_dir(withoutTrailingSeparator(dir)),
+      m_dataDir(dataDir.isEmpty() ? m_dir : withoutTrailingSeparator(dataDir))
+{}
 
 QString ProgramFolder::file(const QString &name) const
 {
     return m_dir + QDir::separator() + QDir::toNativeSeparators(name);
 }
 
+QString ProgramFolder::dataFile(const QString &name) const
+{
+    return m_dataDir + QDir::separator() + QDir::toNativeSeparators(name);
+}
+
 void MostrarMensaje(Desktop &desktop, const ProgramFolder &folder, const QString &text,
                     const QString &image)
 {
-    const QString picture = image.isEmpty() ? folder.file(QStringLiteral("msg/error.gif")) : image;
+    const QString picture =
+        image.isEmpty() ? folder.dataFile(QStringLiteral("msg/error.gif")) : image;
     desktop.showMessageWindow(text, QFileInfo::exists(picture) ? picture : QString());
 }

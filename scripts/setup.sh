@@ -7,7 +7,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # X server for the end-to-end runs of the windows.
 packages=(cmake g++ ninja-build qt6-base-dev qt6-qpa-plugins qt6-multimedia-dev qt6-webengine-dev
           qt6-svg-dev qt6-translations-l10n libgl-dev fonts-dejavu-core
-          nginx-light python3-pyftpdlib openssl unrtf xvfb xauth)
+          nginx-light python3-pyftpdlib openssl unrtf xvfb xauth xdotool)
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

@@ -1,5 +1,10 @@
 #include "commandline.h"
 
+#include "singleinstance.h"
+
+#include <QDir>
+#include <QFileInfo>
+
 CommandLine parseCommandLine(const QStringList &arguments)
 {
     CommandLine command;
@@ -23,13 +28,21 @@ CommandLine parseCommandLine(const QStringList &arguments)
             command.error = QStringLiteral("Opción desconocida: ") + argument;
             break;
         } else {
-            command.urls.append(argument);
+            command.urls.append(withoutZelq(argument));
         }
     }
     return command;
 }
 
-QString programFolderFor(const CommandLine &command, const QString &executableDir)
+ProgramFolder programFolderFor(const CommandLine &command, const QString &executableDir,
+                               const QString &userDataDir)
 {
-    return command.home.isEmpty() ? executableDir : command.home;
+    const QString shared = QDir::cleanPath(executableDir + QStringLiteral("/../share/corvane"));
+    if (QFileInfo(shared + QStringLiteral("/msg")).isDir())
+        return ProgramFolder(command.home.isEmpty() ? userDataDir : command.home, shared);
+    if (!command.home.isEmpty())
+        return ProgramFolder(command.home);
+    if (QFileInfo(executableDir).isWritable())
+        return ProgramFolder(executableDir);
+    return ProgramFolder(userDataDir, executableDir);
 }

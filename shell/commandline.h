@@ -1,5 +1,7 @@
 #pragma once
 
+#include "programfolder.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -10,9 +12,15 @@ struct CommandLine
     bool headless = false;
     bool help = false;
     bool version = false;
-    QStringList urls;
-    QString error; // a usage error, in Spanish
+    QStringList urls; // a "zelq:" link's address comes without its prefix
+    QString error;    // a usage error, in Spanish
 };
 
 CommandLine parseCommandLine(const QStringList &arguments);
-QString programFolderFor(const CommandLine &command, const QString &executableDir);
+
+// Where this run keeps its files and finds what it ships. `--home` decides the program folder;
+// without it, a program run from its build folder keeps using that folder, while an installed
+// one (or one whose folder cannot be written) uses `userDataDir`. An installed program reads
+// msg/, the help and the start page from the install's share/corvane folder.
+ProgramFolder programFolderFor(const CommandLine &command, const QString &executableDir,
+                               const QString &userDataDir);

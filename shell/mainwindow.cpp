@@ -9,6 +9,7 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QPushButton>
+#include <QScreen>
 #include <QStatusBar>
 #include <QToolBar>
 
@@ -39,7 +40,8 @@ MainWindow::MainWindow(QWidget *parent)
         connect(switchAction(which), &QAction::toggled, this,
                 [this, which](bool on) { showSwitched(which, on); });
     }
-    resize(980, 660);
+    // Room for both lists, but never more than the screen has.
+    resize(QSize(980, 660).boundedTo(screen()->availableSize() * 0.92));
 }
 
 void MainWindow::buildQuickBar()
@@ -75,24 +77,29 @@ void MainWindow::buildStatusBar()
 {
     QStatusBar *estado = statusBar();
     estado->setObjectName(QStringLiteral("estado"));
-    const std::tuple<const char *, QString, QString, int> panels[] = {
+    const std::tuple<const char *, QString, QString> panels[] = {
         {"descargas", QStringLiteral("0/0"),
-         QStringLiteral("Número de descargas activas/Descargas totales"), 2},
-        {"velmedia", QStringLiteral("0 Kb/s"), QStringLiteral("Velocidad media"), 2},
-        {"mensajes", QString(), QStringLiteral("Mensajes"), 3},
+         QStringLiteral("Número de descargas activas/Descargas totales")},
+        {"velmedia", QStringLiteral("0 Kb/s"), QStringLiteral("Velocidad media")},
+        {"mensajes", QString(), QStringLiteral("Mensajes")},
     };
     for (int i = 0; i < 3; ++i) {
-        const auto &[name, text, toolTip, stretch] = panels[i];
+        const auto &[name, text, toolTip] = panels[i];
         auto *panel = new QLabel(text, estado);
         panel->setObjectName(QLatin1String(name));
         panel->setToolTip(toolTip);
         panel->setAccessibleName(toolTip);
         // Long messages are cut at the panel's edge instead of widening the window.
         panel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-        panel->setMinimumWidth(80);
-        estado->addWidget(panel, stretch);
+        panel->setMinimumWidth(60);
         m_panels[i] = panel;
     }
+    // The speeds take the width of their longest reading; the two message panels share the rest.
+    m_panels[1]->setMinimumWidth(m_panels[1]->fontMetrics().horizontalAdvance(
+        QStringLiteral("Vel. Total: 99999Kb/seg||Vel. Media: 9999.99 Kb/seg  ")));
+    estado->addWidget(m_panels[0], 3);
+    estado->addWidget(m_panels[1], 0);
+    estado->addWidget(m_panels[2], 2);
 }
 
 void MainWindow::setPanelText(int panel, const QString &text)

@@ -20,7 +20,7 @@ public:
     // Message windows are modal while this window is on screen.
     void setMainWindow(QWidget *window) { m_mainWindow = window; }
 
-    void messageBox(const QString &text, Icon icon, const QString &title) override;
+    void messageBox(const QString &text, Icon icon, const QString &title = {}) override;
     bool askYesNo(const QString &text) override;
     std::optional<QString> inputBox(const QString &prompt, const QString &initial,
                                     const QString &title) override;

@@ -1,0 +1,145 @@
+#include "program.h"
+
+#include "aboutwindow.h"
+#include "cfgwindow.h"
+#include "failure.h"
+#include "mainactions.h"
+#include "mainwindow.h"
+#include "splashwindow.h"
+#include "stopsignals.h"
+#include "systemtray.h"
+#include "viewswitches.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QFileInfo>
+#include <QLineEdit>
+
+Program::Program(const ProgramFolder &folder, const QStringList &urls, QObject *parent)
+    : QObject(parent), m_folder(folder), m_urls(urls), m_desktop(folder),
+      m_history(&m_pendingHistory), m_settings(folder, m_desktop, *m_history),
+      m_inactive(m_settings.settings(), m_desktop, *m_history, folder,
+                 [](int) { return std::make_unique<RowState>(); }),
+      m_active(m_settings.settings(), m_desktop, *m_history, folder,
+               [](int) { return std::make_unique<RowState>(); }),
+      m_quick(m_active, m_inactive, m_settings.settings(), m_desktop, *m_history),
+      m_newurl({m_active, m_inactive, m_settings.settings(), m_desktop, *m_history}),
+      m_all(m_active, m_inactive, m_desktop, *m_history)
+{
+    m_active.setInactiveList(&m_inactive);
+    m_inactive.setActiveList(&m_active);
+}
+
+Program::~Program() = default;
+
+void Program::start()
+{
+    m_splash = new SplashWindow;
+    connect(m_splash, &SplashWindow::done, this, &Program::build);
+    m_splash->show();
+}
+
+void Program::build()
+{
+    m_main = std::make_unique<MainWindow>();
+    m_desktop.setMainWindow(m_main.get());
+    // The windows load in this order; each list window reads its own list as it loads, and the
+    // settings window reads the settings file and stays, hidden, for the whole run.
+    m_inactive.load();
+    m_active.load();
+    m_cfg = new CfgWindow(m_settings, m_desktop, m_main.get());
+    m_settings.load();
+    m_active.startTimers();
+
+    m_about = new AboutWindow(m_main.get());
+    wireMenus();
+    wireEngine();
+    m_main->show();
+    if (restoreViews())
+        restoreQuickList();
+    for (const QString &url : std::as_const(m_urls))
+        añadir(url);
+}
+
+bool Program::restoreViews()
+{
+    const QString path = m_folder.file(QStringLiteral("view.win"));
+    try {
+        if (QFileInfo::exists(path)) {
+            m_main->applyViewSwitches(ViewSwitches::read(path));
+        } else {
+            m_main->applyViewSwitches(ViewSwitches::firstStart());
+            m_main->tile(Qt::Horizontal);
+        }
+        return true;
+    } catch (const Failure &failure) {
+        startupError(failure.description());
+        return false;
+    }
+}
+
+bool Program::restoreQuickList()
+{
+    const QString path = m_folder.file(QStringLiteral("quick.lst"));
+    try {
+        if (QFileInfo::exists(path))
+            m_quickList.load(path);
+        return true;
+    } catch (const Failure &failure) {
+        startupError(failure.description());
+        return false;
+    }
+}
+
+void Program::startupError(const QString &description)
+{
+    m_desktop.messageBox(QStringLiteral("Error al iniciar Corvane:\n") + description,
+                         Desktop::Icon::Critical);
+}
+
+void Program::añadir(const QString &url)
+{
+    m_quick.add(url);
+}
+
+void Program::handOver(const QStringList &urls)
+{
+    // Addresses that come while the splash is up wait for the main window.
+    if (!m_main) {
+        m_urls += urls;
+        return;
+    }
+    m_tray->showMainWindow();
+    for (const QString &url : urls)
+        añadir(url);
+}
+
+void Program::quickAdd(const QString &text)
+{
+    if (m_quick.add(text).isEmpty())
+        return;
+    m_quickList.record(text);
+    m_main->quickadd()->clearEditText();
+}
+
+void Program::shutdown()
+{
+    if (m_ended)
+        return;
+    m_ended = true;
+    m_main->setClosing();
+    // Downloads stop where they are; their partial files resume on the next start.
+    m_active.stopAll();
+    m_active.guardar_lista_activas();
+    m_inactive.guardar_lista_inactivas();
+    delete m_about;
+    delete m_cfg;
+    delete m_splash;
+    try {
+        m_main->viewSwitches().write(m_folder.file(QStringLiteral("view.win")));
+        m_quickList.save(m_folder.file(QStringLiteral("quick.lst")));
+    } catch (const Failure &failure) {
+        m_desktop.messageBox(failure.description(), Desktop::Icon::Critical);
+    }
+    QCoreApplication::exit(0);
+}

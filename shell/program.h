@@ -1,0 +1,83 @@
+#pragma once
+
+#include "activelist.h"
+#include "alldownloads.h"
+#include "historysink.h"
+#include "inactivelist.h"
+#include "newurl.h"
+#include "programfolder.h"
+#include "qtdesktop.h"
+#include "quickadd.h"
+#include "quicklist.h"
+#include "recentdownloads.h"
+#include "settingsmodel.h"
+
+#include <QObject>
+#include <QPointer>
+#include <memory>
+
+class AboutWindow;
+class CfgWindow;
+class MainWindow;
+class SplashWindow;
+class StopSignals;
+class SystemTray;
+
+// Corvane with its windows: builds the settings, the lists, the history and every window, starts
+// them in order behind the splash, wires the main window's commands, and on close saves the
+// lists, the view switches and the quick-add history and ends.
+class Program final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(Program)
+
+public:
+    // `urls` are added once the main window is up, as the quick-add bar adds them.
+    Program(const ProgramFolder &folder, const QStringList &urls, QObject *parent = nullptr);
+    ~Program() override;
+
+    // Shows the splash; its timer brings up the main window.
+    void start();
+    // Adds one address as the quick-add bar does, without recording it in the bar's list.
+    void añadir(const QString &url);
+    // Addresses handed over by a later start: added, and the main window comes to the front.
+    void handOver(const QStringList &urls);
+
+    MainWindow *mainWindow() const { return m_main.get(); }
+
+private:
+    void build();
+    bool restoreViews();
+    bool restoreQuickList();
+    void wireMenus();
+    void wireEngine();
+    void quickAdd(const QString &text);
+    void showRecent();
+    void shutdown();
+    void startupError(const QString &description);
+
+    ProgramFolder m_folder;
+    QStringList m_urls;
+    QtDesktop m_desktop;
+    struct PendingHistory : HistorySink
+    {
+        void append(const QString &, quint32) override {}
+    } m_pendingHistory;
+    HistorySink *m_history;
+    SettingsModel m_settings;
+    InactiveList m_inactive;
+    ActiveList m_active;
+    QuickAdd m_quick;
+    NewUrl m_newurl;
+    AllDownloads m_all;
+    QuickList m_quickList;
+    RecentDownloads m_recent;
+
+    std::unique_ptr<MainWindow> m_main;
+    QPointer<SplashWindow> m_splash;
+    CfgWindow *m_cfg = nullptr;
+    AboutWindow *m_about = nullptr;
+    SystemTray *m_tray = nullptr;
+    StopSignals *m_stopSignals = nullptr;
+    bool m_ended = false;
+};

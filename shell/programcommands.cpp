@@ -1,0 +1,94 @@
+// What the main window's commands do, and what the main window shows of the engine.
+#include "aboutwindow.h"
+#include "cfgwindow.h"
+#include "mainactions.h"
+#include "mainwindow.h"
+#include "program.h"
+#include "stopsignals.h"
+#include "systemtray.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QComboBox>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QMdiArea>
+#include <QMenu>
+
+void Program::wireMenus()
+{
+    MainActions &actions = m_main->actions();
+    const auto on = [this, &actions](const char *name, auto function) {
+        connect(actions[QLatin1String(name)], &QAction::triggered, this, function);
+    };
+    on("newurl", [this] {
+        if (m_newurl.run(QGuiApplication::clipboard()->text()).isEmpty())
+            return;
+        const int running = m_active.rowCount() - 1;
+        m_main->setPanelText(MainWindow::descargas,
+                             QString::number(running) + QLatin1Char('/') +
+                                 QString::number(running + m_inactive.rowCount() - 1));
+    });
+    on("detall", [this] { m_all.detall(); });
+    on("detact", [this] { m_all.detact(); });
+    on("detinactivas", [this] { m_all.detinactivas(); });
+    on("pauseall", [this] { m_all.pauseall(); });
+    on("contall", [this] { m_all.contall(); });
+    on("salir", [this] { m_main->close(); });
+    on("opciones", [this] { m_cfg->exec(); });
+    on("cascada", [this] { m_main->mdi()->cascadeSubWindows(); });
+    on("mhorz", [this] { m_main->tile(Qt::Horizontal); });
+    on("mvert", [this] { m_main->tile(Qt::Vertical); });
+    on("ayudab", [this] { m_desktop.openFile(m_folder.file(QStringLiteral("help.html"))); });
+    on("acercade", [this] { m_about->exec(); });
+    on("activas", [this] { m_main->bringForward(ViewSwitches::viewactivas); });
+    on("inactivas", [this] { m_main->bringForward(ViewSwitches::viewinactivas); });
+    on("estadisticas", [this] { m_main->bringForward(ViewSwitches::viewestadisticas); });
+    on("log", [this] { m_main->bringForward(ViewSwitches::viewhist); });
+    on("explorer", [this] { m_main->bringForward(ViewSwitches::viewweb); });
+    for (int i = 0; i < RecentDownloads::Size; ++i) {
+        QAction *item = actions[QStringLiteral("ultdescarga%1").arg(i)];
+        connect(item, &QAction::triggered, this,
+                [this, item] { m_desktop.openFile(item->data().toString()); });
+    }
+    showRecent();
+
+    m_tray = new SystemTray(*m_main, actions.ultimas(), new QAction(this), actions["ayudab"],
+                            actions["acercade"], actions["salir"]);
+    on("hidesys", [this] { m_tray->hideMainWindow(); });
+
+    connect(m_main.get(), &MainWindow::quickAddRequested, this, &Program::quickAdd);
+    connect(m_main.get(), &MainWindow::closeRequested, this, &Program::shutdown);
+    m_stopSignals = new StopSignals(this);
+    connect(m_stopSignals, &StopSignals::received, this, &Program::shutdown);
+}
+
+void Program::wireEngine()
+{
+    connect(&m_active, &ActiveList::statusText, m_main.get(), &MainWindow::setPanelText);
+    connect(&m_active, &ActiveList::downloadFinished, &m_recent, &RecentDownloads::add);
+    connect(&m_recent, &RecentDownloads::changed, this, &Program::showRecent);
+    connect(&m_active, &ActiveList::shutdownRequested, this, &Program::shutdown);
+    const auto showQuickList = [this] {
+        QComboBox *box = m_main->quickadd();
+        const QString typed = box->currentText();
+        box->clear();
+        box->addItems(m_quickList.items());
+        box->setEditText(typed);
+    };
+    connect(&m_quickList, &QuickList::changed, this, showQuickList);
+}
+
+void Program::showRecent()
+{
+    const QStringList &paths = m_recent.paths();
+    for (int i = 0; i < RecentDownloads::Size; ++i) {
+        QAction *item = m_main->actions()[QStringLiteral("ultdescarga%1").arg(i)];
+        const QString path = paths.value(i);
+        // A "&" in a file name is shown, not taken as a menu key.
+        item->setText(QString(path).replace(QLatin1Char('&'), QLatin1String("&&")));
+        item->setData(path);
+        item->setVisible(!path.isEmpty());
+    }
+    m_main->actions().ultimas()->menuAction()->setEnabled(!paths.isEmpty());
+}

@@ -1,0 +1,178 @@
+#include "commandline.h"
+#include "singleinstance.h"
+
+#include <QDir>
+#include <QFile>
+#include <QLocalSocket>
+#include <QSignalSpy>
+#include <QSysInfo>
+#include <QTemporaryDir>
+#include <QTest>
+#include <thread>
+
+class TestSingleInstance : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void commandLine_data();
+    void commandLine();
+    void folders_data();
+    void folders();
+    void lock();
+    void handOver();
+    void badMessages_data();
+    void badMessages();
+};
+
+void TestSingleInstance::commandLine_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("home");
+    QTest::addColumn<QStringList>("urls");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("addresses, a zelq: link among them")
+        << QStringList{"--home", "/h", "http://a/1", "zelq:ftp://b/2", "ZELQ:x"} << "/h"
+        << QStringList{"http://a/1", "ftp://b/2", "ZELQ:x"} << "";
+    QTest::newRow("home with =") << QStringList{"--home=/x"} << "/x" << QStringList() << "";
+    QTest::newRow("home without folder")
+        << QStringList{"--home"} << "" << QStringList() << "Falta la carpeta después de --home";
+    QTest::newRow("unknown option")
+        << QStringList{"--rápido"} << "" << QStringList() << "Opción desconocida: --rápido";
+}
+
+void TestSingleInstance::commandLine()
+{
+    QFETCH(QStringList, arguments);
+    const CommandLine command = parseCommandLine(QStringList{"corvane"} + arguments);
+    QTEST(command.home, "home");
+    QTEST(command.urls, "urls");
+    QTEST(command.error, "error");
+}
+
+void TestSingleInstance::folders_data()
+{
+    QTest::addColumn<bool>("installed");
+    QTest::addColumn<bool>("writable");
+    QTest::addColumn<QString>("home");
+    QTest::addColumn<QString>("folder"); // "exe", "user" or "home"
+    QTest::addColumn<QString>("data");   // "exe", "user", "home" or "share"
+    QTest::newRow("build folder") << false << true << ""
+                                  << "exe"
+                                  << "exe";
+    QTest::newRow("build folder, --home") << false << true << "home"
+                                          << "home"
+                                          << "home";
+    QTest::newRow("folder not writable") << false << false << ""
+                                         << "user"
+                                         << "exe";
+    QTest::newRow("installed") << true << true << ""
+                               << "user"
+                               << "share";
+    QTest::newRow("installed, --home") << true << false << "home"
+                                       << "home"
+                                       << "share";
+}
+
+void TestSingleInstance::folders()
+{
+    QFETCH(bool, installed);
+    QFETCH(bool, writable);
+    QFETCH(QString, home);
+    QTemporaryDir root;
+    const QString exe = root.filePath("bin");
+    QVERIFY(QDir().mkpath(exe));
+    if (installed)
+        QVERIFY(QDir().mkpath(root.filePath("share/corvane/msg")));
+    const QHash<QString, QString> places{{"exe", exe},
+                                         {"user", root.filePath("user")},
+                                         {"home", root.filePath("home")},
+                                         {"share", root.filePath("share/corvane")}};
+    QFile::setPermissions(exe, writable ? QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner
+                                        : QFile::ReadOwner | QFile::ExeOwner);
+    CommandLine command;
+    command.home = places.value(home);
+    const ProgramFolder chosen = programFolderFor(command, exe, places["user"]);
+    QFile::setPermissions(exe, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    // Root writes anywhere: the unwritable case can only be seen by another user.
+    if (!writable && !installed && QFileInfo(exe).isWritable())
+        QSKIP("running as root");
+    QFETCH(QString, folder);
+    QFETCH(QString, data);
+    QCOMPARE(chosen.dir(), places[folder]);
+    QCOMPARE(chosen.dataFile("msg"), places[data] + "/msg");
+}
+
+void TestSingleInstance::lock()
+{
+    QTemporaryDir dir;
+    const ProgramFolder folder(dir.path());
+    {
+        InstanceLock first(folder);
+        QVERIFY(first.tryLock());
+        InstanceLock second(folder);
+        QVERIFY(!second.tryLock());
+    }
+    // The lock of a program that died is taken over.
+    QFile stale(dir.filePath("corvane.lock"));
+    QVERIFY(stale.open(QIODevice::WriteOnly));
+    stale.write("999999\ncorvane\n" + QSysInfo::machineHostName().toUtf8() + "\n");
+    stale.close();
+    InstanceLock after(folder);
+    QVERIFY(after.tryLock());
+}
+
+void TestSingleInstance::handOver()
+{
+    QTemporaryDir dir;
+    const ProgramFolder folder(dir.path());
+    InstanceChannel channel(folder);
+    QVERIFY(channel.listen());
+    QSignalSpy received(&channel, &InstanceChannel::received);
+    bool taken = false;
+    std::thread later([&] {
+        taken = InstanceChannel::handOver(folder, {"http://h/a.zip", "zelq:https://h/b.iso"});
+    });
+    QTRY_COMPARE(received.size(), 1);
+    later.join();
+    QVERIFY(taken);
+    QCOMPARE(received.first().first().toStringList(),
+             (QStringList{"http://h/a.zip", "https://h/b.iso"}));
+    // Nobody listening for another folder.
+    QTemporaryDir other;
+    QVERIFY(!InstanceChannel::handOver(ProgramFolder(other.path()), {"http://h/c"}));
+}
+
+void TestSingleInstance::badMessages_data()
+{
+    QTest::addColumn<QByteArray>("message");
+    QTest::newRow("garbage") << QByteArray("\x01\x02garbage\n\n");
+    QTest::newRow("no end") << QByteArray("CORVANE 1\nhttp://h/a\n");
+    QTest::newRow("huge") << "CORVANE 1\n" + QByteArray(3 * 1024 * 1024, 'x') + "\n\n";
+}
+
+void TestSingleInstance::badMessages()
+{
+    QFETCH(QByteArray, message);
+    QTemporaryDir dir;
+    const ProgramFolder folder(dir.path());
+    InstanceChannel channel(folder);
+    QVERIFY(channel.listen());
+    QSignalSpy received(&channel, &InstanceChannel::received);
+    QLocalSocket socket;
+    socket.connectToServer(InstanceChannel::nameFor(folder));
+    QVERIFY(socket.waitForConnected(2000));
+    socket.write(message);
+    socket.flush();
+    // A good message sent after the bad one is the only one taken.
+    bool taken = false;
+    std::thread later([&] { taken = InstanceChannel::handOver(folder, {"http://h/ok"}); });
+    QTRY_COMPARE(received.size(), 1);
+    later.join();
+    QVERIFY(taken);
+    QCOMPARE(received.first().first().toStringList(), QStringList{"http://h/ok"});
+    QVERIFY(InstanceChannel::addressesOf(message).isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestSingleInstance)
+#include "tst_singleinstance.moc"

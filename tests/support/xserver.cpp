@@ -1,0 +1,51 @@
+#include "xserver.h"
+
+XServer::~XServer()
+{
+    if (m_server.state() != QProcess::NotRunning) {
+        m_server.terminate();
+        if (!m_server.waitForFinished(3000))
+            m_server.kill();
+        m_server.waitForFinished(3000);
+    }
+}
+
+bool XServer::start()
+{
+    // -displayfd: the server picks a free display and writes its number once it accepts clients.
+    m_server.start(QStringLiteral("Xvfb"),
+                   {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                    QStringLiteral("0"), QStringLiteral("1280x800x24"), QStringLiteral("-nolisten"),
+                    QStringLiteral("tcp")});
+    if (!m_server.waitForStarted(5000)) {
+        m_error = QStringLiteral("Xvfb: ") + m_server.errorString();
+        return false;
+    }
+    while (!m_server.canReadLine()) {
+        if (!m_server.waitForReadyRead(10000)) {
+            m_error = QStringLiteral("Xvfb gave no display: ") +
+                      QString::fromLocal8Bit(m_server.readAllStandardError());
+            return false;
+        }
+    }
+    m_display = QLatin1Char(':') + QString::fromLatin1(m_server.readLine().trimmed());
+    return true;
+}
+
+QProcessEnvironment XServer::environment() const
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("DISPLAY"), m_display);
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    return environment;
+}
+
+int XServer::run(const QString &program, const QStringList &arguments) const
+{
+    QProcess process;
+    process.setProcessEnvironment(environment());
+    process.start(program, arguments);
+    if (!process.waitForFinished(10000))
+        return -1;
+    return process.exitCode();
+}
