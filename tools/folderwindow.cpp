@@ -2,6 +2,7 @@
 
 #include <QComboBox>
 #include <QDir>
+#include <QFileInfo>
 #include <QFileSystemModel>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -59,6 +60,8 @@ FolderWindow::FolderWindow(Desktop &desktop, std::function<bool()> getunload, QW
     connect(m_drive, &QComboBox::activated, this, &FolderWindow::driveChosen);
     connect(m_dir->selectionModel(), &QItemSelectionModel::currentChanged, this,
             &FolderWindow::folderChosen);
+    connect(m_model, &QFileSystemModel::directoryLoaded, this, &FolderWindow::folderLoaded);
+    connect(m_model, &QFileSystemModel::layoutChanged, this, &FolderWindow::folderSorted);
     connect(newfolder, &QPushButton::clicked, this, &FolderWindow::makeFolder);
     connect(acept, &QPushButton::clicked, this, &QDialog::accept);
 
@@ -101,6 +104,25 @@ void FolderWindow::folderChosen(const QModelIndex &index)
     m_ruta->setText(QDir::toNativeSeparators(m_chooser.path()));
 }
 
+void FolderWindow::folderLoaded(const QString &folder)
+{
+    if (folder != m_scrollWhenLoaded)
+        return;
+    // The folder's entries are sorted a moment after they are read: shown now, and once more
+    // after the sort.
+    m_scrollWhenLoaded.clear();
+    m_scrollAfterSort = true;
+    m_dir->scrollTo(m_dir->currentIndex(), QAbstractItemView::PositionAtCenter);
+}
+
+void FolderWindow::folderSorted()
+{
+    if (!m_scrollAfterSort)
+        return;
+    m_scrollAfterSort = false;
+    m_dir->scrollTo(m_dir->currentIndex(), QAbstractItemView::PositionAtCenter);
+}
+
 void FolderWindow::makeFolder()
 {
     // The tree follows the file system by itself.
@@ -119,7 +141,12 @@ void FolderWindow::showChoice()
     } else {
         const QModelIndex index = m_model->index(path);
         m_dir->setCurrentIndex(index);
+        for (QModelIndex up = index.parent(); up.isValid() && up != m_dir->rootIndex();
+             up = up.parent())
+            m_dir->expand(up);
         m_dir->scrollTo(index);
+        // The folders around it are read in the background: it is shown again once they are.
+        m_scrollWhenLoaded = QFileInfo(path).path();
     }
     m_chooser.setPath(path);
     m_ruta->setText(QDir::toNativeSeparators(path));

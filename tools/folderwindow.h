@@ -32,6 +32,8 @@ private:
     void fillDrives();
     void driveChosen(int index);
     void folderChosen(const QModelIndex &index);
+    void folderLoaded(const QString &folder);
+    void folderSorted();
     void makeFolder();
     void showChoice();
 
@@ -40,4 +42,6 @@ private:
     QFileSystemModel *m_model;
     QTreeView *m_dir;
     QLabel *m_ruta;
+    QString m_scrollWhenLoaded;
+    bool m_scrollAfterSort = false;
 };

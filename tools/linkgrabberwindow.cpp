@@ -42,7 +42,7 @@ LinkGrabberWindow::LinkGrabberWindow(ActiveList &active, InactiveList &inactive,
     layout->addLayout(endingsRow());
     layout->addLayout(destinationRow());
     layout->addLayout(bottom);
-    resize(640, 540);
+    resize(700, 500);
 
     connect(&m_model, &LinkGrabber::changed, this, &LinkGrabberWindow::modelChanged);
     refresh();
@@ -113,7 +113,7 @@ QLayout *LinkGrabberWindow::listsRow()
 QLayout *LinkGrabberWindow::endingsRow()
 {
     m_ext = textList(this, "ext");
-    m_ext->setMaximumHeight(m_ext->fontMetrics().height() * 7);
+    m_ext->setMaximumHeight(m_ext->fontMetrics().height() * 6);
     auto *label = new QLabel(QStringLiteral("Añadir &ficheros de extensión:"), this);
     label->setBuddy(m_ext);
     auto *hint = new QLabel(QStringLiteral("Deje en blanco para todos"), this);
@@ -129,7 +129,8 @@ QLayout *LinkGrabberWindow::endingsRow()
     buttons->addStretch();
     auto *row = new QHBoxLayout;
     row->addWidget(m_ext, 1);
-    row->addLayout(buttons, 1);
+    row->addLayout(buttons);
+    row->addStretch(1);
     auto *layout = new QVBoxLayout;
     layout->addWidget(label);
     layout->addLayout(row);

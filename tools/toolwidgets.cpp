@@ -10,6 +10,9 @@ QListView *textList(QWidget *parent, const char *name)
     view->setObjectName(QLatin1String(name));
     view->setEditTriggers(QAbstractItemView::NoEditTriggers);
     view->setUniformItemSizes(true);
+    // Long addresses share their beginning: what tells them apart is at the end.
+    view->setTextElideMode(Qt::ElideMiddle);
+    view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     view->setModel(new QStringListModel(view));
     return view;
 }

@@ -11,8 +11,11 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QMimeData>
+#include <QProcess>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSslKey>
+#include <QSslServer>
 #include <QStringListModel>
 #include <QTest>
 #include <QTimer>
@@ -75,6 +78,54 @@ HttpReply page(const QByteArray &body)
     return HttpReply::of("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\n\r\n" + body);
 }
 
+// A TLS server on 127.0.0.1 with a certificate of its own for that address, made by openssl;
+// it records each request and answers it with `reply`.
+struct TlsServer
+{
+    QTemporaryDir dir;
+    QSslServer server;
+    QSslCertificate certificate;
+    QList<QByteArray> requests;
+    QByteArray reply;
+
+    bool start()
+    {
+        const QString key = dir.filePath("key.pem");
+        const QString cert = dir.filePath("cert.pem");
+        QProcess openssl;
+        openssl.start("openssl",
+                      {"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
+                       "-nodes", "-keyout", key, "-out", cert, "-days", "2", "-subj",
+                       "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1"});
+        if (!openssl.waitForFinished(30000) || openssl.exitCode() != 0)
+            return false;
+        QFile certFile(cert);
+        QFile keyFile(key);
+        if (!certFile.open(QIODevice::ReadOnly) || !keyFile.open(QIODevice::ReadOnly))
+            return false;
+        certificate = QSslCertificate(&certFile, QSsl::Pem);
+        QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+        configuration.setLocalCertificate(certificate);
+        configuration.setPrivateKey(QSslKey(&keyFile, QSsl::Ec, QSsl::Pem));
+        server.setSslConfiguration(configuration);
+        QObject::connect(&server, &QSslServer::pendingConnectionAvailable, &server, [this] {
+            while (QTcpSocket *socket = server.nextPendingConnection()) {
+                QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
+                    const QByteArray received = socket->readAll();
+                    requests.append(received);
+                    socket->write(reply);
+                    socket->disconnectFromHost();
+                });
+            }
+        });
+        return server.listen(QHostAddress::LocalHost, 0);
+    }
+    QString url(const QString &path) const
+    {
+        return QStringLiteral("https://127.0.0.1:%1/%2").arg(server.serverPort()).arg(path);
+    }
+};
+
 } // namespace
 
 class TestLinkGrabber : public QObject
@@ -90,6 +141,8 @@ private Q_SLOTS:
     void options_data();
     void options();
     void savedPages();
+    void httpsPage();
+    void httpsUntrustedCertificate();
     void bigPageKeepsTheProgramAlive();
     void badAddresses_data();
     void badAddresses();
@@ -275,6 +328,44 @@ void TestLinkGrabber::savedPages()
                           base + "pic.gif"}));
     QCOMPARE(f.shown("no"), (QStringList{"http://example.org/abs.html", base + "photo.png"}));
     QCOMPARE(f.window.windowTitle(), "11 direcciones encontradas");
+}
+
+void TestLinkGrabber::httpsPage()
+{
+    TlsServer tls;
+    QVERIFY(tls.start());
+    tls.reply = "HTTP/1.1 200 OK\r\n\r\n<a href=\"a.zip\"> <a href='/b.zip'>";
+    // The system's authorities, and this test's own.
+    const QSslConfiguration system = QSslConfiguration::defaultConfiguration();
+    QSslConfiguration trusting = system;
+    trusting.addCaCertificate(tls.certificate);
+    QSslConfiguration::setDefaultConfiguration(trusting);
+    auto restore = qScopeGuard([&] { QSslConfiguration::setDefaultConfiguration(system); });
+    GrabberFixture f;
+    f.open();
+
+    f.fetch(tls.url("dir/p.htm"));
+
+    QCOMPARE(tls.requests, QList<QByteArray>{"GET /dir/p.htm HTTP/1.1\r\n"
+                                             "Host: 127.0.0.1\r\n"
+                                             "Connection: close\r\n\r\n"});
+    QCOMPARE(f.shown("si"), (QStringList{tls.url("dir/a.zip"), tls.url("dir/b.zip")}));
+}
+
+void TestLinkGrabber::httpsUntrustedCertificate()
+{
+    TlsServer tls;
+    QVERIFY(tls.start());
+    tls.reply = "HTTP/1.1 200 OK\r\n\r\n<a href=\"a.zip\">";
+    GrabberFixture f;
+    f.open();
+
+    f.fetch(tls.url("p.htm"));
+
+    QVERIFY(tls.requests.isEmpty());
+    QVERIFY(f.shown("si").isEmpty());
+    QCOMPARE(f.desktop.callsOf("playSound"), QStringList{f.folder.file("msg/ding.wav")});
+    QCOMPARE(f.desktop.callsOf("showMessageWindow").size(), 1);
 }
 
 void TestLinkGrabber::bigPageKeepsTheProgramAlive()
