@@ -69,22 +69,16 @@ void FileListImport::setDestdir(const QString &folder)
     Q_EMIT changed();
 }
 
-void FileListImport::moveEntry(QStringList &from, int row, QStringList &to)
-{
-    if (row < 0 || row >= from.size())
-        return;
-    to.append(from.takeAt(row));
-    Q_EMIT changed();
-}
-
 void FileListImport::tosi(int row)
 {
-    moveEntry(m_no, row, m_si);
+    if (moveEntry(m_no, row, m_si))
+        Q_EMIT changed();
 }
 
 void FileListImport::tono(int row)
 {
-    moveEntry(m_si, row, m_no);
+    if (moveEntry(m_si, row, m_no))
+        Q_EMIT changed();
 }
 
 void FileListImport::brdir()

@@ -55,8 +55,6 @@ Q_SIGNALS:
     void changed();
 
 private:
-    void moveEntry(QStringList &from, int row, QStringList &to);
-
     ActiveList &m_active;
     InactiveList &m_inactive;
     const Settings &m_settings;

@@ -183,22 +183,16 @@ void LinkGrabber::Add_Link(const QString &pattern, const QString &base)
     Q_EMIT changed();
 }
 
-void LinkGrabber::moveEntry(QStringList &from, int row, QStringList &to)
-{
-    if (row < 0 || row >= from.size())
-        return;
-    to.append(from.takeAt(row));
-    Q_EMIT changed();
-}
-
 void LinkGrabber::tosi(int row)
 {
-    moveEntry(m_no, row, m_si);
+    if (moveEntry(m_no, row, m_si))
+        Q_EMIT changed();
 }
 
 void LinkGrabber::tono(int row)
 {
-    moveEntry(m_si, row, m_no);
+    if (moveEntry(m_si, row, m_no))
+        Q_EMIT changed();
 }
 
 void LinkGrabber::adext()

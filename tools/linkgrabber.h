@@ -81,7 +81,6 @@ private:
     void fetchFailed(const QString &description);
     void showResults(bool mayRetry);
     void enableFetching();
-    void moveEntry(QStringList &from, int row, QStringList &to);
     void saveEndings();
 
     ActiveList &m_active;

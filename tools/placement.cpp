@@ -27,3 +27,11 @@ Placed placeDownload(ActiveList &active, InactiveList &inactive, const Settings 
     inactive.addnew(url, path, 0, 0, true, 0, false, user, password, false, false);
     return Placed::Inactive;
 }
+
+bool moveEntry(QStringList &from, int row, QStringList &to)
+{
+    if (row < 0 || row >= from.size())
+        return false;
+    to.append(from.takeAt(row));
+    return true;
+}

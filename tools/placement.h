@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include <QStringList>
 
 class ActiveList;
 class InactiveList;
@@ -20,3 +20,6 @@ enum class Placed
 // Added as a new download that may resume, with the anonymous login, nothing remembered.
 Placed placeDownload(ActiveList &active, InactiveList &inactive, const Settings &settings,
                      const QString &url, const QString &path);
+
+// Moves entry `row` of `from` to the end of `to`; false when there is no such entry.
+bool moveEntry(QStringList &from, int row, QStringList &to);

@@ -124,31 +124,25 @@ void TestFolderChooser::browsing()
     FakeDesktop desktop;
     FolderWindow window(desktop, [] { return false; });
     window.show();
-
-    window.goTo(root.filePath("a/b"));
-    QCOMPARE(window.path(), root.filePath("a/b"));
-    QCOMPARE(window.findChild<QLabel *>("ruta")->text(),
-             QDir::toNativeSeparators(root.filePath("a/b")));
     auto *tree = window.findChild<QTreeView *>("dir");
-    QCOMPARE(tree->currentIndex().data().toString(), "b");
 
-    // Something that is no folder leaves the choice alone.
+    // The caller's folder is shown; something that is no folder leaves the choice alone.
+    window.goTo(root.filePath("a"));
     window.goTo(root.filePath("nothing"));
-    QCOMPARE(window.path(), root.filePath("a/b"));
-
-    // Choosing the first drive, the home folder, goes to its top.
-    auto *drive = window.findChild<QComboBox *>("drive");
-    drive->setCurrentIndex(0);
-    Q_EMIT drive->activated(0);
-    QCOMPARE(window.path(), QDir::homePath());
+    QCOMPARE(window.path(), root.filePath("a"));
+    QCOMPARE(window.findChild<QLabel *>("ruta")->text(), root.filePath("a"));
 
     // A folder picked in the tree is the result.
-    window.goTo(root.filePath("a"));
     const QModelIndex a = tree->currentIndex();
     tree->expand(a);
     QTRY_COMPARE(tree->model()->rowCount(a), 1);
     tree->setCurrentIndex(tree->model()->index(0, 0, a));
     QCOMPARE(window.path(), root.filePath("a/b"));
+
+    // Choosing a drive goes to its top.
+    auto *drive = window.findChild<QComboBox *>("drive");
+    Q_EMIT drive->activated(0);
+    QCOMPARE(window.path(), QDir::homePath());
 }
 
 void TestFolderChooser::desktopReusesOneWindow()

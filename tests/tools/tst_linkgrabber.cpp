@@ -7,7 +7,6 @@
 #include <QClipboard>
 #include <QDir>
 #include <QGuiApplication>
-#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QMimeData>
@@ -24,8 +23,8 @@ namespace {
 
 const QStringList BuiltInEndings = {"exe", "zip", "ace", "tar", "iso", "bmp", "gif", "jpg"};
 
-// The grabber window over both lists, a fresh program folder and the scripted desktop; controls
-// are found by name.
+// The grabber window over both lists, a fresh program folder (with the sound and the picture of
+// the error notice) and the scripted desktop; controls are found by name.
 struct GrabberFixture : EngineFixture
 {
     LinkGrabberWindow window{active, inactive, settings, desktop, folder};
@@ -33,19 +32,11 @@ struct GrabberFixture : EngineFixture
 
     GrabberFixture()
     {
-        // The sound and the picture of the error notice.
-        QDir(dir.path()).mkdir(QStringLiteral("msg"));
-        write(QStringLiteral("msg/ding.wav"), "RIFF");
-        write(QStringLiteral("msg/error.gif"), "GIF89a");
+        QDir(dir.path()).mkdir("msg");
+        write("msg/ding.wav", "RIFF");
+        write("msg/error.gif", "GIF89a");
     }
-
-    template <typename T> T *child(const QString &name)
-    {
-        auto *found = window.findChild<T *>(name);
-        if (!found)
-            qFatal("no control %s", qPrintable(name));
-        return found;
-    }
+    template <typename T> T *child(const QString &name) { return window.findChild<T *>(name); }
     void click(const QString &name) { QTest::mouseClick(child<QPushButton>(name), Qt::LeftButton); }
     QStringList shown(const QString &list)
     {
@@ -53,33 +44,33 @@ struct GrabberFixture : EngineFixture
     }
     void select(const QString &list, int row)
     {
-        auto *view = child<QListView>(list);
-        view->setCurrentIndex(view->model()->index(row, 0));
+        child<QListView>(list)->setCurrentIndex(child<QListView>(list)->model()->index(row, 0));
     }
     void open(const QString &clipboard = {})
     {
         QGuiApplication::clipboard()->setText(clipboard);
         window.show();
     }
-    // Types the address, presses "Procesar..." and waits for the lists.
-    void fetch(const QString &url)
+    // Types the address and presses "Procesar..."; `wait` for the lists.
+    void fetch(const QString &url, bool wait = true)
     {
-        auto *direcc = child<QLineEdit>("direcc");
-        direcc->clear();
-        QTest::keyClicks(direcc, url);
+        child<QLineEdit>("direcc")->clear();
+        QTest::keyClicks(child<QLineEdit>("direcc"), url);
         click("obtener");
-        QTRY_VERIFY_WITH_TIMEOUT(child<QPushButton>("obtener")->isEnabled(), 30000);
+        if (wait)
+            QTRY_VERIFY_WITH_TIMEOUT(child<QPushButton>("obtener")->isEnabled(), 30000);
     }
 };
 
-// A page served by the scripted server, whatever is asked.
-HttpReply page(const QByteArray &body)
+HttpReply page(const QByteArray &body, bool stall = false)
 {
-    return HttpReply::of("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\n\r\n" + body);
+    HttpReply reply = HttpReply::of("HTTP/1.1 200 OK\r\n\r\n" + body);
+    reply.stall = stall;
+    return reply;
 }
 
-// A TLS server on 127.0.0.1 with a certificate of its own for that address, made by openssl;
-// it records each request and answers it with `reply`.
+// A TLS server on 127.0.0.1 with a certificate of its own made by openssl; it records each
+// request and answers it with `reply`.
 struct TlsServer
 {
     QTemporaryDir dir;
@@ -90,29 +81,26 @@ struct TlsServer
 
     bool start()
     {
-        const QString key = dir.filePath("key.pem");
-        const QString cert = dir.filePath("cert.pem");
         QProcess openssl;
         openssl.start("openssl",
                       {"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
-                       "-nodes", "-keyout", key, "-out", cert, "-days", "2", "-subj",
-                       "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1"});
-        if (!openssl.waitForFinished(30000) || openssl.exitCode() != 0)
+                       "-nodes", "-keyout", dir.filePath("key"), "-out", dir.filePath("cert"),
+                       "-days", "2", "-subj", "/CN=127.0.0.1", "-addext",
+                       "subjectAltName=IP:127.0.0.1"});
+        QFile cert(dir.filePath("cert"));
+        QFile key(dir.filePath("key"));
+        if (!openssl.waitForFinished(30000) || !cert.open(QIODevice::ReadOnly) ||
+            !key.open(QIODevice::ReadOnly))
             return false;
-        QFile certFile(cert);
-        QFile keyFile(key);
-        if (!certFile.open(QIODevice::ReadOnly) || !keyFile.open(QIODevice::ReadOnly))
-            return false;
-        certificate = QSslCertificate(&certFile, QSsl::Pem);
+        certificate = QSslCertificate(&cert);
         QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
         configuration.setLocalCertificate(certificate);
-        configuration.setPrivateKey(QSslKey(&keyFile, QSsl::Ec, QSsl::Pem));
+        configuration.setPrivateKey(QSslKey(&key, QSsl::Ec));
         server.setSslConfiguration(configuration);
         QObject::connect(&server, &QSslServer::pendingConnectionAvailable, &server, [this] {
             while (QTcpSocket *socket = server.nextPendingConnection()) {
                 QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
-                    const QByteArray received = socket->readAll();
-                    requests.append(received);
+                    requests.append(socket->readAll());
                     socket->write(reply);
                     socket->disconnectFromHost();
                 });
@@ -135,24 +123,20 @@ class TestLinkGrabber : public QObject
 private Q_SLOTS:
     void opening_data();
     void opening();
-    void requestAndSorting();
-    void retryOnce_data();
-    void retryOnce();
-    void options_data();
-    void options();
+    void fetchAndSort_data();
+    void fetchAndSort();
+    void noResults_data();
+    void noResults();
     void savedPages();
-    void httpsPage();
-    void httpsUntrustedCertificate();
     void bigPageKeepsTheProgramAlive();
-    void badAddresses_data();
-    void badAddresses();
-    void connectionRefused();
+    void https();
+    void failures_data();
+    void failures();
     void unterminatedQuote();
-    void pageOverTheSizeLimit();
-    void pageThatNeverEnds();
+    void limits_data();
+    void limits();
     void closingStopsTheFetch();
-    void editingTheLists();
-    void droppedText();
+    void editing();
     void addtolist();
     void addtolistBothListsFull();
 };
@@ -162,16 +146,12 @@ void TestLinkGrabber::opening_data()
     QTest::addColumn<QString>("clipboard");
     QTest::addColumn<QString>("direcc");
 
-    QTest::newRow("http address") << "http://h/p.htm"
-                                  << "http://h/p.htm";
-    QTest::newRow("https address") << "https://h/p.htm"
-                                   << "https://h/p.htm";
+    QTest::newRow("http") << "http://h/p.htm"
+                          << "http://h/p.htm";
+    QTest::newRow("https") << "https://h/p.htm"
+                           << "https://h/p.htm";
     QTest::newRow("upper-case scheme") << "HTTP://h/p.htm"
                                        << "";
-    QTest::newRow("ftp address") << "ftp://h/p.htm"
-                                 << "";
-    QTest::newRow("plain text") << "hola"
-                                << "";
 }
 
 void TestLinkGrabber::opening()
@@ -184,76 +164,71 @@ void TestLinkGrabber::opening()
 
     f.open(clipboard);
 
-    QCOMPARE(f.window.objectName(), "listado");
     QCOMPARE(f.window.windowTitle(), "Obtener listado de archivos");
     QCOMPARE(f.child<QLineEdit>("direcc")->text(), direcc);
     QCOMPARE(f.child<QLineEdit>("destdir")->text(), f.dir.path() + QDir::separator());
     QCOMPARE(f.shown("ext"), BuiltInEndings + QStringList({"pdf", ".mp3"}));
     QVERIFY(f.child<QRadioButton>("linkonly")->isChecked());
-    QCOMPARE(f.child<QPushButton>("obtener")->text(), "Procesar...");
-    QCOMPARE(f.child<QPushButton>("addtolist")->text(), "Agregar a la lista de descargas");
-    // Every field has its label.
-    QStringList labelled;
-    for (const QLabel *label : f.window.findChildren<QLabel *>()) {
-        if (label->buddy())
-            labelled.append(label->buddy()->objectName() + "=" + label->text().remove('&'));
-    }
-    labelled.sort();
-    QCOMPARE(labelled,
-             (QStringList{"destdir=Descargar a la carpeta:", "direcc=Dirección del documento:",
-                          "ext=Añadir ficheros de extensión:", "no=No descargar", "si=Descargar"}));
 }
 
-void TestLinkGrabber::requestAndSorting()
+void TestLinkGrabber::fetchAndSort_data()
 {
+    QTest::addColumn<QString>("option");
+    QTest::addColumn<QStringList>("si");
+    QTest::addColumn<QStringList>("no");
+
+    // The page is <a href="a.zip"><img src='i.gif'><a href='b.htm'><a href=c.exe>: single quotes
+    // count once they are made double on arrival.
+    QTest::newRow("links") << "linkonly" << QStringList{"a.zip", "c.exe"} << QStringList{"b.htm"};
+    QTest::newRow("images") << "imgonly" << QStringList{"i.gif"} << QStringList{};
+    QTest::newRow("links, then images")
+        << "linkimg" << QStringList{"a.zip", "c.exe", "i.gif"} << QStringList{"b.htm"};
+}
+
+void TestLinkGrabber::fetchAndSort()
+{
+    QFETCH(QString, option);
+    QFETCH(QStringList, si);
+    QFETCH(QStringList, no);
     GrabberFixture f;
     ScriptedHttpServer server([](const QByteArray &, int) {
-        return page("<html><a href=\"a.zip\">a</a> <a href='b.htm'>b</a> <a href=c.exe>c</a>"
-                    "<img src=\"i.gif\"></html>");
+        return page("<a href=\"a.zip\"><img src='i.gif'><a href='b.htm'><a href=c.exe>");
     });
     f.open();
+    f.child<QRadioButton>(option)->click();
 
     f.fetch(server.url("dir/p.htm"));
 
     QCOMPARE(server.requests(), QList<QByteArray>{"GET /dir/p.htm HTTP/1.1\r\n"
                                                   "Host: 127.0.0.1\r\n"
                                                   "Connection: close\r\n\r\n"});
-    const QString base = server.url("dir/");
-    QCOMPARE(f.shown("si"), (QStringList{base + "a.zip", base + "c.exe"}));
-    // Single quotes were turned into double quotes as the page arrived.
-    QCOMPARE(f.shown("no"), QStringList{base + "b.htm"});
-    QCOMPARE(f.window.windowTitle(), "3 direcciones encontradas");
+    for (QStringList *list : {&si, &no}) {
+        for (QString &name : *list)
+            name.prepend(server.url("dir/"));
+    }
+    QCOMPARE(f.shown("si"), si);
+    QCOMPARE(f.shown("no"), no);
+    QCOMPARE(f.window.windowTitle(),
+             QString::number(si.size() + no.size()) + " direcciones encontradas");
     QVERIFY(f.child<QLineEdit>("direcc")->isEnabled());
 }
 
-void TestLinkGrabber::retryOnce_data()
+void TestLinkGrabber::noResults_data()
 {
     QTest::addColumn<QString>("path");
-    QTest::addColumn<QByteArray>("second");
     QTest::addColumn<QStringList>("asked");
-    QTest::addColumn<QString>("caption");
 
-    const QByteArray none = "<html>nada</html>";
-    QTest::newRow("folder without slash, found as a folder")
-        << "dir" << QByteArray("<a href=\"x.zip\">") << QStringList{"/dir", "/dir/"}
-        << "1 direcciones encontradas";
-    QTest::newRow("folder without slash, nothing either way")
-        << "dir" << none << QStringList{"/dir", "/dir/"} << "No se han encontrado resultados";
-    QTest::newRow("page with an extension")
-        << "dir/p.htm" << none << QStringList{"/dir/p.htm"} << "No se han encontrado resultados";
-    QTest::newRow("folder with its slash")
-        << "dir/" << none << QStringList{"/dir/"} << "No se han encontrado resultados";
+    // An address that may name a folder is tried once more with a slash.
+    QTest::newRow("folder without its slash") << "dir" << QStringList{"/dir", "/dir/"};
+    QTest::newRow("page with an extension") << "dir/p.htm" << QStringList{"/dir/p.htm"};
 }
 
-void TestLinkGrabber::retryOnce()
+void TestLinkGrabber::noResults()
 {
     QFETCH(QString, path);
-    QFETCH(QByteArray, second);
     QFETCH(QStringList, asked);
-    QFETCH(QString, caption);
     GrabberFixture f;
-    ScriptedHttpServer server(
-        [&](const QByteArray &, int index) { return page(index == 0 ? "<html></html>" : second); });
+    ScriptedHttpServer server([](const QByteArray &, int) { return page("<p>nada</p>"); });
     f.open();
 
     f.fetch(server.url(path));
@@ -262,40 +237,11 @@ void TestLinkGrabber::retryOnce()
     for (const QByteArray &request : server.requests())
         paths.append(QString::fromLatin1(request.split(' ').value(1)));
     QCOMPARE(paths, asked);
-    QCOMPARE(f.window.windowTitle(), caption);
-}
-
-void TestLinkGrabber::options_data()
-{
-    QTest::addColumn<QString>("option");
-    QTest::addColumn<QStringList>("found");
-
-    QTest::newRow("links") << "linkonly" << QStringList{"a.zip", "b.zip"};
-    QTest::newRow("images") << "imgonly" << QStringList{"i.gif"};
-    QTest::newRow("links, then images") << "linkimg" << QStringList{"a.zip", "b.zip", "i.gif"};
-}
-
-void TestLinkGrabber::options()
-{
-    QFETCH(QString, option);
-    QFETCH(QStringList, found);
-    GrabberFixture f;
-    ScriptedHttpServer server([](const QByteArray &, int) {
-        return page("<a href=\"a.zip\"><img src=\"i.gif\"><a href=\"b.zip\">");
-    });
-    f.open();
-    f.child<QRadioButton>(option)->click();
-
-    f.fetch(server.url("p.htm"));
-
-    for (QString &name : found)
-        name.prepend(server.url(QString()));
-    QCOMPARE(f.shown("si"), found);
+    QCOMPARE(f.window.windowTitle(), "No se han encontrado resultados");
 }
 
 void TestLinkGrabber::savedPages()
 {
-    // setup: saved pages in a folder that nginx serves
     QTemporaryDir root;
     QDir(root.path()).mkdir("pages");
     QFile index(root.filePath("pages/index.html"));
@@ -315,8 +261,8 @@ void TestLinkGrabber::savedPages()
     f.open();
     f.child<QRadioButton>("linkimg")->click();
 
-    // action: the folder without its slash; nginx answers it with a redirect, which holds no
-    // links, so the folder is asked for once more
+    // The folder without its slash: nginx redirects, the redirect holds no links, so the folder
+    // is asked for once more with the slash.
     f.fetch(nginx.url("pages"));
 
     const QString base = nginx.url("pages/");
@@ -327,45 +273,6 @@ void TestLinkGrabber::savedPages()
                           base + "HTTP://EXAMPLE.ORG/upper.zip", base + "double.zip",
                           base + "pic.gif"}));
     QCOMPARE(f.shown("no"), (QStringList{"http://example.org/abs.html", base + "photo.png"}));
-    QCOMPARE(f.window.windowTitle(), "11 direcciones encontradas");
-}
-
-void TestLinkGrabber::httpsPage()
-{
-    TlsServer tls;
-    QVERIFY(tls.start());
-    tls.reply = "HTTP/1.1 200 OK\r\n\r\n<a href=\"a.zip\"> <a href='/b.zip'>";
-    // The system's authorities, and this test's own.
-    const QSslConfiguration system = QSslConfiguration::defaultConfiguration();
-    QSslConfiguration trusting = system;
-    trusting.addCaCertificate(tls.certificate);
-    QSslConfiguration::setDefaultConfiguration(trusting);
-    auto restore = qScopeGuard([&] { QSslConfiguration::setDefaultConfiguration(system); });
-    GrabberFixture f;
-    f.open();
-
-    f.fetch(tls.url("dir/p.htm"));
-
-    QCOMPARE(tls.requests, QList<QByteArray>{"GET /dir/p.htm HTTP/1.1\r\n"
-                                             "Host: 127.0.0.1\r\n"
-                                             "Connection: close\r\n\r\n"});
-    QCOMPARE(f.shown("si"), (QStringList{tls.url("dir/a.zip"), tls.url("dir/b.zip")}));
-}
-
-void TestLinkGrabber::httpsUntrustedCertificate()
-{
-    TlsServer tls;
-    QVERIFY(tls.start());
-    tls.reply = "HTTP/1.1 200 OK\r\n\r\n<a href=\"a.zip\">";
-    GrabberFixture f;
-    f.open();
-
-    f.fetch(tls.url("p.htm"));
-
-    QVERIFY(tls.requests.isEmpty());
-    QVERIFY(f.shown("si").isEmpty());
-    QCOMPARE(f.desktop.callsOf("playSound"), QStringList{f.folder.file("msg/ding.wav")});
-    QCOMPARE(f.desktop.callsOf("showMessageWindow").size(), 1);
 }
 
 void TestLinkGrabber::bigPageKeepsTheProgramAlive()
@@ -382,75 +289,97 @@ void TestLinkGrabber::bigPageKeepsTheProgramAlive()
     // A timer due at once fires while the addresses are being added.
     qsizetype seenWhileScanning = 0;
     QTimer ticker;
-    ticker.setInterval(0);
     QObject::connect(&ticker, &QTimer::timeout, &f.window, [&] {
         if (f.model.scanning() && seenWhileScanning == 0)
             seenWhileScanning = f.model.si().size() + f.model.no().size();
     });
-    ticker.start();
+    ticker.start(0);
 
     f.fetch(nginx.url("big.html"));
 
-    QCOMPARE(f.model.si().size() + f.model.no().size(), 20000);
     QVERIFY(seenWhileScanning > 0 && seenWhileScanning < 20000);
-    QCOMPARE(f.shown("si").size(), f.model.si().size());
+    QCOMPARE(f.shown("si").size() + f.shown("no").size(), 20000);
     QCOMPARE(f.window.windowTitle(), "20000 direcciones encontradas");
-    QCOMPARE(f.model.si().first(), nginx.url("files/f0.zip"));
-    QCOMPARE(f.model.no().first(), nginx.url("docs/f2.txt"));
+    QCOMPARE(f.shown("no").first(), nginx.url("docs/f2.txt"));
 }
 
-void TestLinkGrabber::badAddresses_data()
+void TestLinkGrabber::https()
+{
+    TlsServer tls;
+    QVERIFY(tls.start());
+    tls.reply = "HTTP/1.1 200 OK\r\n\r\n<a href=\"a.zip\"> <a href='/b.zip'>";
+    GrabberFixture untrusting;
+    untrusting.open();
+    untrusting.fetch(tls.url("p.htm"));
+
+    // A certificate no authority of the system vouches for is an error like any other.
+    QVERIFY(tls.requests.isEmpty());
+    QCOMPARE(untrusting.desktop.callsOf("playSound").size(), 1);
+    QCOMPARE(untrusting.desktop.callsOf("showMessageWindow").size(), 1);
+
+    const QSslConfiguration system = QSslConfiguration::defaultConfiguration();
+    QSslConfiguration trusting = system;
+    trusting.addCaCertificate(tls.certificate);
+    QSslConfiguration::setDefaultConfiguration(trusting);
+    auto restore = qScopeGuard([&] { QSslConfiguration::setDefaultConfiguration(system); });
+    GrabberFixture f;
+    f.open();
+    f.fetch(tls.url("dir/p.htm"));
+
+    QCOMPARE(tls.requests, QList<QByteArray>{"GET /dir/p.htm HTTP/1.1\r\n"
+                                             "Host: 127.0.0.1\r\n"
+                                             "Connection: close\r\n\r\n"});
+    QCOMPARE(f.shown("si"), (QStringList{tls.url("dir/a.zip"), tls.url("dir/b.zip")}));
+}
+
+void TestLinkGrabber::failures_data()
 {
     QTest::addColumn<QString>("url");
-    QTest::addColumn<QString>("message");
+    QTest::addColumn<QStringList>("calls");
 
+    quint16 closed = 0;
+    {
+        QTcpServer probe;
+        probe.listen(QHostAddress::LocalHost, 0);
+        closed = probe.serverPort();
+    }
     QTest::newRow("no scheme") << "www.example.org/p.htm"
-                               << "Dirección incorrecta.";
+                               << QStringList{"messageBox|Critical|Dirección incorrecta."};
     QTest::newRow("port without a slash after it")
         << "http://127.0.0.1:8080"
-        << "El puerto de la dirección no va seguido de \"/\"";
+        << QStringList{"messageBox|Critical|El puerto de la dirección no va seguido de \"/\""};
+    // The notice carries the system's description of the error.
+    QTest::newRow("connection refused")
+        << QStringLiteral("http://127.0.0.1:%1/p.htm").arg(closed)
+        << QStringList{"playSound|msg/ding.wav", "showMessageWindow|"};
 }
 
-void TestLinkGrabber::badAddresses()
+void TestLinkGrabber::failures()
 {
     QFETCH(QString, url);
-    QFETCH(QString, message);
+    QFETCH(QStringList, calls);
     GrabberFixture f;
     f.open();
 
     f.fetch(url);
 
-    QCOMPARE(f.desktop.callsOf("messageBox"), QStringList{"Critical|" + message});
-    QVERIFY(f.child<QLineEdit>("direcc")->isEnabled());
-}
-
-void TestLinkGrabber::connectionRefused()
-{
-    quint16 closedPort = 0;
-    {
-        QTcpServer probe;
-        probe.listen(QHostAddress::LocalHost, 0);
-        closedPort = probe.serverPort();
+    QCOMPARE(f.desktop.calls.size(), calls.size());
+    for (qsizetype i = 0; i < calls.size(); ++i) {
+        const QString expected = calls[i].replace("msg/", f.folder.file("msg/"));
+        QVERIFY2(f.desktop.calls[i].startsWith(expected), qPrintable(f.desktop.calls[i]));
     }
-    GrabberFixture f;
-    f.open();
-
-    f.fetch(QStringLiteral("http://127.0.0.1:%1/p.htm").arg(closedPort));
-
-    QCOMPARE(f.desktop.callsOf("playSound"), QStringList{f.folder.file("msg/ding.wav")});
-    const QStringList notices = f.desktop.callsOf("showMessageWindow");
-    QCOMPARE(notices.size(), 1);
-    QVERIFY(notices.first().endsWith("|" + f.folder.file("msg/error.gif")));
+    if (calls.last().startsWith("showMessageWindow"))
+        QVERIFY(f.desktop.calls.last().endsWith(f.folder.file("msg/error.gif")));
     // The address can be corrected and fetched again.
     QVERIFY(f.child<QLineEdit>("direcc")->isEnabled());
+    QVERIFY(f.child<QPushButton>("obtener")->isEnabled());
 }
 
 void TestLinkGrabber::unterminatedQuote()
 {
     GrabberFixture f;
-    ScriptedHttpServer server([](const QByteArray &, int) {
-        return page("<a href=\"a.zip\"> <a href=\"b.zip> never closed");
-    });
+    ScriptedHttpServer server(
+        [](const QByteArray &, int) { return page("<a href=\"a.zip\"> <a href=\"b.zip> ..."); });
     f.open();
 
     f.fetch(server.url("p.htm"));
@@ -459,77 +388,73 @@ void TestLinkGrabber::unterminatedQuote()
     const QStringList messages = f.desktop.callsOf("messageBox");
     QCOMPARE(messages.size(), 1);
     QVERIFY(messages.first().startsWith("Critical|La dirección que empieza en el carácter "));
-    QCOMPARE(f.window.windowTitle(), "1 direcciones encontradas");
 }
 
-void TestLinkGrabber::pageOverTheSizeLimit()
+void TestLinkGrabber::limits_data()
 {
-    // A 100 MB file of binary data with one link before it.
+    QTest::addColumn<bool>("endless");
+    QTest::addColumn<QString>("message");
+
+    QTest::newRow("100 MB page") << false
+                                 << "La página pasa de 16 Mb: solo se buscan direcciones en lo "
+                                    "recibido hasta ahora.";
+    QTest::newRow("page that never ends")
+        << true
+        << "La página no ha terminado de llegar en 120 segundos: solo se buscan direcciones en lo "
+           "recibido hasta ahora.";
+}
+
+void TestLinkGrabber::limits()
+{
+    QFETCH(bool, endless);
+    QFETCH(QString, message);
+    // 100 MB of binary data from nginx, or a scripted server that stops sending, after a link.
     QTemporaryDir root;
-    QFile file(root.filePath("huge.bin"));
+    QFile file(root.filePath("page.bin"));
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("x<a href=\"first.zip\">" + randomBytes(1024 * 1024));
-    QVERIFY(file.resize(100 * 1024 * 1024));
+    QVERIFY(file.resize(endless ? 0 : 100 * 1024 * 1024));
     file.close();
     NginxServer nginx(root.path());
-    QVERIFY2(nginx.start(), qPrintable(nginx.error()));
+    ScriptedHttpServer stalling(
+        [](const QByteArray &, int) { return page("x<a href=\"first.zip\"> ...", true); });
     GrabberFixture f;
     f.open();
 
-    f.fetch(nginx.url("huge.bin"));
+    if (endless) {
+        f.fetch(stalling.url("page.bin"), false);
+        QTRY_VERIFY(f.model.fetch().text().contains("..."));
+        f.model.fetch().timeLimitReached();
+    } else {
+        QVERIFY2(nginx.start(), qPrintable(nginx.error()));
+        f.fetch(nginx.url("page.bin"));
+    }
 
-    QCOMPARE(f.desktop.callsOf("messageBox"),
-             QStringList{"Exclamation|La página pasa de 16 Mb: solo se buscan direcciones en lo "
-                         "recibido hasta ahora."});
-    QCOMPARE(f.shown("si"), QStringList{nginx.url("first.zip")});
+    QCOMPARE(f.desktop.callsOf("messageBox"), QStringList{"Exclamation|" + message});
+    QCOMPARE(f.shown("si").size(), 1);
+    QVERIFY(f.shown("si").first().endsWith("/first.zip"));
     QVERIFY(f.model.fetch().text().size() < 20 * 1024 * 1024);
-}
-
-void TestLinkGrabber::pageThatNeverEnds()
-{
-    GrabberFixture f;
-    ScriptedHttpServer server([](const QByteArray &, int) {
-        HttpReply reply = page("<a href=\"a.zip\"> and then nothing more");
-        reply.stall = true;
-        return reply;
-    });
-    f.open();
-    QTest::keyClicks(f.child<QLineEdit>("direcc"), server.url("p.htm"));
-    f.click("obtener");
-    QTRY_VERIFY(f.model.fetch().text().contains("nothing more"));
-
-    f.model.fetch().timeLimitReached();
-
-    QCOMPARE(f.desktop.callsOf("messageBox"),
-             QStringList{"Exclamation|La página no ha terminado de llegar en 120 segundos: solo "
-                         "se buscan direcciones en lo recibido hasta ahora."});
-    QCOMPARE(f.shown("si"), QStringList{server.url("a.zip")});
     QVERIFY(f.child<QPushButton>("obtener")->isEnabled());
 }
 
 void TestLinkGrabber::closingStopsTheFetch()
 {
     GrabberFixture f;
-    ScriptedHttpServer server([](const QByteArray &, int) {
-        HttpReply reply = page("<a href=\"a.zip\">");
-        reply.stall = true;
-        return reply;
-    });
+    ScriptedHttpServer server([](const QByteArray &, int) { return page("<a href=\"a\">", true); });
     f.open();
-    QTest::keyClicks(f.child<QLineEdit>("direcc"), server.url("p.htm"));
-    f.click("obtener");
+    f.fetch(server.url("p.htm"), false);
     QTRY_COMPARE(server.requests().size(), 1);
 
     f.window.close();
     QVERIFY(!f.model.fetch().running());
-    f.open(QStringLiteral("http://otra/"));
+    f.open("http://otra/");
 
     QCOMPARE(f.child<QLineEdit>("direcc")->text(), "http://otra/");
     QVERIFY(f.child<QPushButton>("obtener")->isEnabled());
     QVERIFY(f.shown("si").isEmpty());
 }
 
-void TestLinkGrabber::editingTheLists()
+void TestLinkGrabber::editing()
 {
     GrabberFixture f;
     ScriptedHttpServer server(
@@ -539,9 +464,7 @@ void TestLinkGrabber::editingTheLists()
     const QString a = server.url("a.zip");
     const QString b = server.url("b.htm");
 
-    // Moving: nothing selected moves nothing.
-    f.click("tosi");
-    QCOMPARE(f.shown("si"), QStringList{a});
+    f.click("tosi"); // nothing selected
     f.select("no", 0);
     f.click("tosi");
     QCOMPARE(f.shown("si"), (QStringList{a, b}));
@@ -551,39 +474,23 @@ void TestLinkGrabber::editingTheLists()
     QCOMPARE(f.shown("si"), QStringList{b});
     QCOMPARE(f.shown("no"), QStringList{a});
 
-    // Endings: an answer is added as typed, an empty one or a cancel adds nothing.
+    // An ending is added as typed; an empty answer or a cancel adds nothing.
     f.desktop.inputAnswers = {QString(".mp3"), QString(), std::nullopt};
-    f.click("adext");
-    f.click("adext");
-    f.click("adext");
+    for (int i = 0; i < 3; ++i)
+        f.click("adext");
     QCOMPARE(f.desktop.callsOf("inputBox").first(),
              "Escriba la extensión del archivo (exe, zip, gif) con o sin puntos.|");
-    QCOMPARE(f.shown("ext"), BuiltInEndings + QStringList{".mp3"});
     f.select("ext", 0);
     f.click("delext");
     QCOMPARE(f.shown("ext"), BuiltInEndings.mid(1) + QStringList{".mp3"});
 
-    // The destination folder from the chooser; a cancelled choice changes nothing.
-    f.desktop.fileAnswers = {"/srv/bajadas", ""};
-    f.click("brdir");
-    f.click("brdir");
-    QCOMPARE(f.child<QLineEdit>("destdir")->text(), "/srv/bajadas");
-}
-
-void TestLinkGrabber::droppedText()
-{
-    GrabberFixture f;
-    f.open(QStringLiteral("http://antes/p.htm"));
-    auto *direcc = f.child<QLineEdit>("direcc");
+    // A dropped text replaces the address. Only a drag under way hands a drop to a field, so
+    // the drop is handed over here as the drag would.
     QMimeData data;
     data.setText("http://dejada/q.htm");
-
     QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    // Only a drag under way delivers a drop to a field: the drop is handed over as it would be.
-    static_cast<QObject &>(f.window).eventFilter(direcc, &drop);
-
-    QCOMPARE(direcc->text(), "http://dejada/q.htm");
-    QCOMPARE(f.model.direcc(), "http://dejada/q.htm");
+    static_cast<QObject &>(f.window).eventFilter(f.child<QLineEdit>("direcc"), &drop);
+    QCOMPARE(f.child<QLineEdit>("direcc")->text(), "http://dejada/q.htm");
 }
 
 void TestLinkGrabber::addtolist()
@@ -604,7 +511,7 @@ void TestLinkGrabber::addtolist()
 
     f.click("addtolist");
 
-    // Three run, the fourth waits.
+    // Three run, the fourth waits; each in the chosen folder, with one separator.
     QVERIFY(!f.window.isVisible());
     QCOMPARE(f.active.rowCount(), 4);
     const QString folder = f.dir.path() + QDir::separator();
@@ -612,18 +519,15 @@ void TestLinkGrabber::addtolist()
         const DownloadSlot &slot = f.active.slotAt(i);
         QCOMPARE(slot.Data, server.url(QString::number(i) + ".zip"));
         QCOMPARE(slot.path, folder + QString::number(i) + ".zip");
-        QVERIFY(slot.allowredo);
-        QCOMPARE(slot.usernm, "anonymous");
-        QCOMPARE(slot.passw, "freepwd");
-        QVERIFY(!slot.rememb);
+        QVERIFY(slot.allowredo && !slot.rememb);
+        QCOMPARE(slot.usernm + "/" + slot.passw, "anonymous/freepwd");
     }
     QCOMPARE(f.inactive.rowCount(), 2);
     const ListRecord &queued = f.inactive.registro(1);
     QCOMPARE(queued.Data, server.url("d/my%20file.zip"));
     QCOMPARE(queued.path, folder + "my file.zip");
-    QVERIFY(queued.allowredo);
-    QCOMPARE(queued.usernm, "anonymous");
-    QVERIFY(!queued.locked);
+    QVERIFY(queued.allowredo && !queued.locked);
+    QCOMPARE(queued.usernm + "/" + queued.passw, "anonymous/freepwd");
     QCOMPARE(f.read("listado.lst"), (BuiltInEndings + QStringList{"pdf"}).join("\r\n") + "\r\n");
 
     // The next opening shows the saved endings after the built-in ones.
@@ -646,10 +550,10 @@ void TestLinkGrabber::addtolistBothListsFull()
 
     f.click("addtolist");
 
+    // One runs; the queue is full, which is said once, not for every address left.
     QCOMPARE(f.active.rowCount(), 2);
     QCOMPARE(f.desktop.callsOf("messageBox"),
              QStringList{"Critical|Se ha alcanzado el máximo de descargas en cola."});
-    QVERIFY(!f.window.isVisible());
 }
 
 QTEST_MAIN(TestLinkGrabber)
