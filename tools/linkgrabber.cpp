@@ -112,8 +112,11 @@ void LinkGrabber::fetchFinished()
 
 void LinkGrabber::fetchCutShort(const QString &reason)
 {
+    // The window may be closed while the message is on screen.
+    const quint64 session = m_session;
     m_desktop.messageBox(reason, Desktop::Icon::Exclamation);
-    showResults(false);
+    if (session == m_session)
+        showResults(false);
 }
 
 void LinkGrabber::fetchFailed(const QString &description)

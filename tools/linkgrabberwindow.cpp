@@ -91,8 +91,15 @@ QLayout *LinkGrabberWindow::listsRow()
     auto *tosi = toolButton(this, "tosi", QStringLiteral("<"), QStringLiteral("Pasar a Descargar"));
     auto *tono =
         toolButton(this, "tono", QStringLiteral(">"), QStringLiteral("Pasar a No descargar"));
-    connect(tosi, &QPushButton::clicked, this, [this] { m_model.tosi(selectedRow(m_no)); });
-    connect(tono, &QPushButton::clicked, this, [this] { m_model.tono(selectedRow(m_si)); });
+    // Rows are those shown: the lists are brought up to date at once, even during a scan.
+    connect(tosi, &QPushButton::clicked, this, [this] {
+        m_model.tosi(selectedRow(m_no));
+        refresh();
+    });
+    connect(tono, &QPushButton::clicked, this, [this] {
+        m_model.tono(selectedRow(m_si));
+        refresh();
+    });
 
     auto *moves = new QVBoxLayout;
     moves->addStretch();
@@ -120,7 +127,10 @@ QLayout *LinkGrabberWindow::endingsRow()
     auto *adext = toolButton(this, "adext", QStringLiteral("&Añadir"));
     auto *delext = toolButton(this, "delext", QStringLiteral("E&liminar"));
     connect(adext, &QPushButton::clicked, &m_model, &LinkGrabber::adext);
-    connect(delext, &QPushButton::clicked, this, [this] { m_model.delext(selectedRow(m_ext)); });
+    connect(delext, &QPushButton::clicked, this, [this] {
+        m_model.delext(selectedRow(m_ext));
+        refresh();
+    });
 
     auto *buttons = new QVBoxLayout;
     buttons->addWidget(adext);

@@ -1,5 +1,7 @@
 #pragma once
 
+// Where the link grabber and the file-list import put what the person chose.
+
 #include <QStringList>
 
 class ActiveList;
