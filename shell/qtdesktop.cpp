@@ -1,5 +1,6 @@
 #include "qtdesktop.h"
 
+#include "folderwindow.h"
 #include "ftplogindialog.h"
 #include "messagewindow.h"
 #include "systemcommands.h"
@@ -37,6 +38,11 @@ QtDesktop::QtDesktop(const ProgramFolder &folder, QObject *parent)
     : QObject(parent), m_folder(folder)
 {}
 
+QtDesktop::~QtDesktop()
+{
+    unloadFolder();
+}
+
 void QtDesktop::messageBox(const QString &text, Icon icon, const QString &title)
 {
     QMessageBox box(boxIcon(icon), title.isEmpty() ? QStringLiteral("Corvane") : title, text,
@@ -72,7 +78,18 @@ QString QtDesktop::saveFileDialog(const QString &initial, const QString &filter)
 
 QString QtDesktop::chooseFolder(const QString &initial)
 {
-    return QFileDialog::getExistingDirectory(m_mainWindow, QString(), initial);
+    if (!m_folderWindow) {
+        m_folderWindow = new FolderWindow(
+            *this, [this] { return m_getunload && m_getunload(); }, m_mainWindow);
+    }
+    m_folderWindow->goTo(initial);
+    // Only the program's end closes it otherwise; that counts as cancelled.
+    return m_folderWindow->exec() == QDialog::Accepted ? m_folderWindow->path() : QString();
+}
+
+void QtDesktop::unloadFolder()
+{
+    delete m_folderWindow;
 }
 
 FtpCredentials QtDesktop::askFtpLogin(const QString &caption, const FtpCredentials &initial)

@@ -4,7 +4,10 @@
 #include "programfolder.h"
 
 #include <QObject>
+#include <QPointer>
+#include <functional>
 
+class FolderWindow;
 class QSystemTrayIcon;
 class QWidget;
 
@@ -16,9 +19,14 @@ class QtDesktop final : public QObject, public Desktop
 
 public:
     explicit QtDesktop(const ProgramFolder &folder, QObject *parent = nullptr);
+    ~QtDesktop() override;
 
     // Message windows are modal while this window is on screen.
     void setMainWindow(QWidget *window) { m_mainWindow = window; }
+    // The main window's `getunload`: the folder chooser refuses to close until it is true.
+    void setGetunload(std::function<bool()> getunload) { m_getunload = std::move(getunload); }
+    // Shutdown: the folder chooser goes (it is made on first use and kept until then).
+    void unloadFolder();
 
     void messageBox(const QString &text, Icon icon, const QString &title = {}) override;
     bool askYesNo(const QString &text) override;
@@ -41,4 +49,6 @@ private:
     QWidget *m_mainWindow = nullptr;
     QSystemTrayIcon *m_tray = nullptr;
     QString m_pendingTrayText;
+    std::function<bool()> m_getunload;
+    QPointer<FolderWindow> m_folderWindow;
 };
