@@ -3,6 +3,7 @@
 #include "aboutwindow.h"
 #include "cfgwindow.h"
 #include "failure.h"
+#include "linkgrabberwindow.h"
 #include "mainactions.h"
 #include "mainwindow.h"
 #include "splashwindow.h"
@@ -43,6 +44,7 @@ void Program::build()
 {
     m_main = std::make_unique<MainWindow>();
     m_desktop.setMainWindow(m_main.get());
+    m_desktop.setGetunload([this] { return m_main->getunload(); });
     // The windows load in this order; each list window reads its own list as it loads, and the
     // settings window reads the settings file and stays, hidden, for the whole run.
     m_inactive.load();
@@ -134,6 +136,8 @@ void Program::shutdown()
     m_inactive.guardar_lista_inactivas();
     delete m_about;
     delete m_cfg;
+    m_desktop.unloadFolder();
+    delete m_listado;
     delete m_splash;
     try {
         m_main->viewSwitches().write(m_folder.file(QStringLiteral("view.win")));

@@ -18,6 +18,8 @@
 
 class AboutWindow;
 class CfgWindow;
+class FileListWindow;
+class LinkGrabberWindow;
 class MainWindow;
 class SplashWindow;
 class StopSignals;
@@ -53,6 +55,8 @@ private:
     void wireEngine();
     void quickAdd(const QString &text);
     void showRecent();
+    void showListado();
+    void showFileList();
     void shutdown();
     void startupError(const QString &description);
 
@@ -76,6 +80,8 @@ private:
     std::unique_ptr<MainWindow> m_main;
     QPointer<SplashWindow> m_splash;
     CfgWindow *m_cfg = nullptr;
+    LinkGrabberWindow *m_listado = nullptr;
+    FileListWindow *m_oldsupport = nullptr;
     AboutWindow *m_about = nullptr;
     SystemTray *m_tray = nullptr;
     StopSignals *m_stopSignals = nullptr;

@@ -1,6 +1,8 @@
 // What the main window's commands do, and what the main window shows of the engine.
 #include "aboutwindow.h"
 #include "cfgwindow.h"
+#include "filelistwindow.h"
+#include "linkgrabberwindow.h"
 #include "mainactions.h"
 #include "mainwindow.h"
 #include "program.h"
@@ -29,6 +31,8 @@ void Program::wireMenus()
                              QString::number(running) + QLatin1Char('/') +
                                  QString::number(running + m_inactive.rowCount() - 1));
     });
+    on("loadlist", &Program::showFileList);
+    on("listado", &Program::showListado);
     on("detall", [this] { m_all.detall(); });
     on("detact", [this] { m_all.detact(); });
     on("detinactivas", [this] { m_all.detinactivas(); });
@@ -77,6 +81,23 @@ void Program::wireEngine()
         box->setEditText(typed);
     };
     connect(&m_quickList, &QuickList::changed, this, showQuickList);
+}
+
+// The tools are made on first use and kept.
+void Program::showListado()
+{
+    if (!m_listado)
+        m_listado = new LinkGrabberWindow(m_active, m_inactive, m_settings.settings(), m_desktop,
+                                          m_folder, m_main.get());
+    m_listado->exec();
+}
+
+void Program::showFileList()
+{
+    if (!m_oldsupport)
+        m_oldsupport = new FileListWindow(m_active, m_inactive, m_settings.settings(), m_desktop,
+                                          m_main.get());
+    m_oldsupport->loadlist();
 }
 
 void Program::showRecent()
