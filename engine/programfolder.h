@@ -11,6 +11,7 @@ public:
     explicit ProgramFolder(const QString &dir, const QString &dataDir = {});
 
     QString dir() const { return m_dir; }
+    QString dataDir() const { return m_dataDir; }
     // `name` may hold "/" for a sub-folder, e.g. "msg/ding.wav".
     QString file(const QString &name) const;
     QString dataFile(const QString &name) const;

@@ -1,3 +1,4 @@
+#include "browserstartup.h"
 #include "commandline.h"
 #include "headless.h"
 #include "program.h"
@@ -79,6 +80,7 @@ int refuse(const QString &text, int status, bool windows)
 
 int runWindows(int argc, char *argv[], const CommandLine &command)
 {
+    prepareBrowser();
     QApplication app(argc, argv);
     installSpanish(app);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/corvane.svg")));

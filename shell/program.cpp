@@ -3,6 +3,7 @@
 #include "aboutwindow.h"
 #include "cfgwindow.h"
 #include "failure.h"
+#include "homepage.h"
 #include "linkgrabberwindow.h"
 #include "mainactions.h"
 #include "mainwindow.h"
@@ -10,6 +11,7 @@
 #include "stopsignals.h"
 #include "systemtray.h"
 #include "viewswitches.h"
+#include "webwindow.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -45,6 +47,9 @@ void Program::build()
     m_main = std::make_unique<MainWindow>();
     m_desktop.setMainWindow(m_main.get());
     m_desktop.setGetunload([this] { return m_main->getunload(); });
+    m_main->addChild(ViewSwitches::viewweb,
+                     new WebWindow([this](const QString &url) { return añadir(url); },
+                                   m_active.notifier(), m_desktop, homePage(m_folder.dataDir())));
     // The windows load in this order; each list window reads its own list as it loads, and the
     // settings window reads the settings file and stays, hidden, for the whole run.
     m_inactive.load();
@@ -99,9 +104,9 @@ void Program::startupError(const QString &description)
                          Desktop::Icon::Critical);
 }
 
-void Program::añadir(const QString &url)
+bool Program::añadir(const QString &url)
 {
-    m_quick.add(url);
+    return !m_quick.add(url).isEmpty();
 }
 
 void Program::handOver(const QStringList &urls)

@@ -40,8 +40,9 @@ public:
 
     // Shows the splash; its timer brings up the main window.
     void start();
-    // Adds one address as the quick-add bar does, without recording it in the bar's list.
-    void añadir(const QString &url);
+    // Adds one address as the quick-add bar does, without recording it in the bar's list; false
+    // when it was refused.
+    bool añadir(const QString &url);
     // Addresses handed over by a later start: added, and the main window comes to the front.
     void handOver(const QStringList &urls);
 
