@@ -40,8 +40,9 @@ ProgramFolder programFolderFor(const CommandLine &command, const QString &execut
     const QString shared = QDir::cleanPath(executableDir + QStringLiteral("/../share/corvane"));
     if (QFileInfo(shared + QStringLiteral("/msg")).isDir())
         return ProgramFolder(command.home.isEmpty() ? userDataDir : command.home, shared);
+    // The build puts msg/, the help and the start page beside the executable.
     if (!command.home.isEmpty())
-        return ProgramFolder(command.home);
+        return ProgramFolder(command.home, executableDir);
     if (QFileInfo(executableDir).isWritable())
         return ProgramFolder(executableDir);
     return ProgramFolder(userDataDir, executableDir);

@@ -20,7 +20,7 @@ CommandLine parseCommandLine(const QStringList &arguments);
 
 // Where this run keeps its files and finds what it ships. `--home` decides the program folder;
 // without it, a program run from its build folder keeps using that folder, while an installed
-// one (or one whose folder cannot be written) uses `userDataDir`. An installed program reads
-// msg/, the help and the start page from the install's share/corvane folder.
+// one (or one whose folder cannot be written) uses `userDataDir`. msg/, the help and the start
+// page are read from beside the executable, or from share/corvane once installed.
 ProgramFolder programFolderFor(const CommandLine &command, const QString &executableDir,
                                const QString &userDataDir);

@@ -62,7 +62,7 @@ void TestSingleInstance::folders_data()
                                   << "exe";
     QTest::newRow("build folder, --home") << false << true << "home"
                                           << "home"
-                                          << "home";
+                                          << "exe";
     QTest::newRow("folder not writable") << false << false << ""
                                          << "user"
                                          << "exe";
