@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QFrame>
+#include <QList>
+#include <QPointer>
+
+class QLabel;
+class QScrollBar;
+
+// Where the k-th row of a list goes (twips from the top of the frame) when the scroll bar stands
+// at `scrollValue` (0 to 100): the rows are 300 twips apart below the column headers, and the bar
+// moves them by `highestIndex` × value / 100 rows. A row above the headers is hidden.
+double rowTop(int k, int highestIndex, int scrollValue, int headerHeight);
+// The largest value the bar needs to bring the last of `rows` rows into a frame that shows
+// `visibleRows` of them; 0 when they all fit.
+int scrollMaximum(int rows, int highestIndex, int visibleRows);
+
+// The rows of a list window: the column headers, one row per download in slot order and the
+// scroll bar `scroll`. The rows are the list's; the frame only places them.
+class RowFrame final : public QFrame
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(RowFrame)
+
+public:
+    static constexpr int RowPitch = 300; // twips
+
+    explicit RowFrame(QWidget *parent = nullptr);
+
+    // `rows` in slot order; `highestIndex` is the highest slot holding a row.
+    void reordenar_indicador(const QList<QWidget *> &rows, int highestIndex);
+    QScrollBar *scroll() const { return m_scroll; }
+    // The widget the rows are children of.
+    QWidget *rowParent() { return this; }
+
+Q_SIGNALS:
+    // A click on the frame outside every row.
+    void emptyClicked();
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+
+private:
+    void placeHeaders();
+    void placeRows();
+    int visibleRows() const;
+
+    QList<QPointer<QWidget>> m_rows;
+    int m_highestIndex = 0;
+    QWidget *m_header;
+    QLabel *m_filename;
+    QLabel *m_avance;
+    QLabel *m_porciento;
+    QLabel *m_nbytes;
+    QLabel *m_urll;
+    QScrollBar *m_scroll;
+};
