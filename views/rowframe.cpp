@@ -9,11 +9,18 @@
 #include <QScrollBar>
 #include <cmath>
 
+namespace {
+
+// Where the k-th row of a list goes (twips from the top of the frame) when the scroll bar stands
+// at `scrollValue` (0 to 100): the rows are 300 twips apart below the column headers, and the bar
+// moves them by `highestIndex` × value / 100 rows. A row above the headers is hidden.
 double rowTop(int k, int highestIndex, int scrollValue, int headerHeight)
 {
     return headerHeight + (k - highestIndex * scrollValue / 100.0) * RowFrame::RowPitch;
 }
 
+// The largest value the bar needs to bring the last of `rows` rows into a frame that shows
+// `visibleRows` of them (the rule alone would scroll every row out at 100); 0 when all fit.
 int scrollMaximum(int rows, int highestIndex, int visibleRows)
 {
     if (rows <= visibleRows || highestIndex <= 0)
@@ -21,8 +28,6 @@ int scrollMaximum(int rows, int highestIndex, int visibleRows)
     const double needed = 100.0 * (rows - visibleRows) / highestIndex;
     return std::min(100, int(std::ceil(needed)));
 }
-
-namespace {
 
 QLabel *header(QWidget *parent, const char *name, const QString &text)
 {

@@ -7,14 +7,6 @@
 class QLabel;
 class QScrollBar;
 
-// Where the k-th row of a list goes (twips from the top of the frame) when the scroll bar stands
-// at `scrollValue` (0 to 100): the rows are 300 twips apart below the column headers, and the bar
-// moves them by `highestIndex` × value / 100 rows. A row above the headers is hidden.
-double rowTop(int k, int highestIndex, int scrollValue, int headerHeight);
-// The largest value the bar needs to bring the last of `rows` rows into a frame that shows
-// `visibleRows` of them; 0 when they all fit.
-int scrollMaximum(int rows, int highestIndex, int visibleRows);
-
 // The rows of a list window: the column headers, one row per download in slot order and the
 // scroll bar `scroll`. The rows are the list's; the frame only places them.
 class RowFrame final : public QFrame

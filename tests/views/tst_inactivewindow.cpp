@@ -1,4 +1,3 @@
-#include "rowframe.h"
 #include "viewfixture.h"
 
 class TestInactiveWindow : public QObject
@@ -10,30 +9,14 @@ private Q_SLOTS:
     void commands_data();
     void commands();
     void menuAndSelection();
-    void scrollRule_data();
-    void scrollRule();
 };
 
 void TestInactiveWindow::names()
 {
     ViewFixture f;
-    QCOMPARE(f.inactivas.objectName(), QStringLiteral("inactivas"));
     QCOMPARE(f.inactivas.windowTitle(), QStringLiteral("Descargas inactivas"));
-    QStringList keys;
-    for (QToolButton *button : f.inactivas.findChildren<QToolButton *>()) {
-        if (button->defaultAction() && !button->objectName().isEmpty()) {
-            keys.append(button->objectName() + ' ' + button->toolTip());
-            QCOMPARE(button->accessibleName(), button->toolTip());
-        }
-    }
-    QCOMPARE(keys, (QStringList{"detener Cancelar descarga", "continuar Continuar descarga",
-                                "bloquear Bloquear/desbloquear descarga"}));
-    QCOMPARE(f.inactivas.menu2()->objectName(), QStringLiteral("menu2"));
-    QStringList items;
-    for (QAction *item : f.inactivas.menu2()->actions())
-        items.append(item->objectName() + ' ' + item->text());
-    QCOMPARE(items, (QStringList{"continuar2 Co&ntinuar", "cancelar2 &Cancelar",
-                                 "bloquear &Bloquear", "propiedades2 &Propiedades"}));
+    QCOMPARE(ViewFixture::toolbarKeys(&f.inactivas),
+             (QStringList{"detener", "continuar", "bloquear"}));
 }
 
 void TestInactiveWindow::commands_data()
@@ -115,6 +98,7 @@ void TestInactiveWindow::menuAndSelection()
                       true);
     ViewFixture::clickRow(f.inactivas.rowAt(1), Qt::RightButton);
     QTRY_VERIFY(f.inactivas.menu2()->isVisible());
+    QCOMPARE(f.inactivas.menu2()->objectName(), QStringLiteral("menu2"));
     QCOMPARE(ViewFixture::enabledItems(f.inactivas.menu2()),
              (QStringList{"continuar2", "cancelar2", "bloquear", "propiedades2"}));
     f.inactivas.menu2()->hide();
@@ -125,34 +109,6 @@ void TestInactiveWindow::menuAndSelection()
     f.inactive.delfile(1, false);
     QCOMPARE(f.inactive.seleccionado(), 0);
     QCOMPARE(ViewFixture::enabledItems(f.inactivas.menu2()), QStringList());
-}
-
-void TestInactiveWindow::scrollRule_data()
-{
-    QTest::addColumn<int>("k");
-    QTest::addColumn<int>("highest");
-    QTest::addColumn<int>("value");
-    QTest::addColumn<double>("top");
-    QTest::newRow("first row, not scrolled") << 0 << 10 << 0 << 300.0;
-    QTest::newRow("third row") << 2 << 10 << 0 << 900.0;
-    QTest::newRow("scrolled by half the slots") << 6 << 10 << 50 << 600.0;
-    // Moved above the headers: hidden.
-    QTest::newRow("scrolled out") << 0 << 40 << 10 << -900.0;
-}
-
-void TestInactiveWindow::scrollRule()
-{
-    QFETCH(int, k);
-    QFETCH(int, highest);
-    QFETCH(int, value);
-    QFETCH(double, top);
-    QCOMPARE(rowTop(k, highest, value, 300), top);
-    QCOMPARE(scrollMaximum(5, 5, 5), 0);
-    // 40 rows with 10 in view: 30 must go, 75 % of the 40 slots.
-    QCOMPARE(scrollMaximum(40, 40, 10), 75);
-    // Free slots count in the rule, so fewer rows need a larger value; never beyond 100.
-    QCOMPARE(scrollMaximum(12, 40, 2), 25);
-    QCOMPARE(scrollMaximum(40, 20, 0), 100);
 }
 
 QTEST_MAIN(TestInactiveWindow)

@@ -51,6 +51,21 @@ struct ViewFixture : EngineFixture
         QTest::mouseClick(row->findChild<QLabel *>("filename"), button);
     }
 
+    // The keys of the toolbar `opciones`, in order; each icon-only button shows an icon and has
+    // its tooltip as its accessible name.
+    static QStringList toolbarKeys(QWidget *window)
+    {
+        QStringList keys;
+        for (QToolButton *button :
+             window->findChild<QWidget *>("opciones")->findChildren<QToolButton *>()) {
+            if (!button->defaultAction() || button->objectName().isEmpty())
+                continue;
+            if (button->accessibleName() == button->toolTip() && !button->icon().isNull())
+                keys.append(button->objectName());
+        }
+        return keys;
+    }
+
     // The enabled commands of a menu, by object name.
     static QStringList enabledItems(const QMenu *menu)
     {
