@@ -48,10 +48,13 @@ std::optional<DownloadInfo> ActiveList::detallado(int index) const
     else if (row.reconectando())
         estado = DownloadState::Connecting;
     // `bytes` is the position of the next byte to write.
-    const ListRecord record{
-        slot.Data,   slot.path,      slot.total,  std::max<qint64>(slot.bytes - 1, 0),
-        slot.tiempo, slot.allowredo, slot.usernm, slot.passw,
-        slot.rememb, false};
+    ListRecord record;
+    record.Data = slot.Data;
+    record.path = slot.path;
+    record.total = slot.total;
+    record.bytes = std::max<qint64>(slot.bytes - 1, 0);
+    record.tiempo = slot.tiempo;
+    record.allowredo = slot.allowredo;
     return describeDownload(record, estado);
 }
 
