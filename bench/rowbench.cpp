@@ -1,7 +1,8 @@
 // How much the rows of the windows cost a download: the engine fetches one file from a local
 // nginx, once with the plain rows of the headless mode and once with `download` rows in a shown
 // active window (also with the row selected, so the detail panel follows it). Prints MB/s and CPU
-// seconds per GiB for every run and the medians. Not part of the test run; see README.md.
+// seconds per GiB for every run, and the medians of the rounds' ratios to the plain rows.
+// Usage: corvane_rowbench [ROUNDS [MIB]]. Not part of the test run; see README.md.
 #include "activewindow.h"
 #include "detailwindow.h"
 #include "fakedesktop.h"
@@ -135,24 +136,29 @@ int main(int argc, char *argv[])
     out << "platform " << QGuiApplication::platformName() << ", " << (size >> 20) << " MiB, "
         << rounds << " rounds (one more first, not counted)\n";
 
+    // Per round, each kind of row against the plain rows of the same round: runs seconds apart
+    // see the same load of a shared machine.
     std::map<Rows, std::vector<double>> speeds;
     std::map<Rows, std::vector<double>> cpu;
     for (int round = 0; round <= rounds; ++round) {
+        Run plain;
         for (Rows rows : {Rows::Plain, Rows::Window, Rows::Selected}) {
             const Run run = fetch(rows, url, target, size);
+            if (rows == Rows::Plain)
+                plain = run;
             out << (round ? "" : "warm-up ") << RowNames.at(rows) << ": "
                 << QString::number(run.mbPerSecond, 'f', 0) << " MB/s, "
                 << QString::number(run.cpuPerGiB, 'f', 2) << " CPU s/GiB"
                 << (run.ok ? "" : " FAILED") << Qt::endl;
-            if (round && run.ok) {
-                speeds[rows].push_back(run.mbPerSecond);
-                cpu[rows].push_back(run.cpuPerGiB);
+            if (round && run.ok && plain.ok) {
+                speeds[rows].push_back(run.mbPerSecond / plain.mbPerSecond);
+                cpu[rows].push_back(run.cpuPerGiB / plain.cpuPerGiB);
             }
         }
     }
-    out << "\nmedians:\n";
+    out << "\nmedians of the rounds, against plain rows:\n";
     for (const auto &[rows, name] : RowNames)
-        out << "  " << name << ": " << QString::number(median(speeds[rows]), 'f', 0) << " MB/s, "
-            << QString::number(median(cpu[rows]), 'f', 2) << " CPU s/GiB\n";
+        out << "  " << name << ": " << QString::number(median(speeds[rows]), 'f', 2)
+            << " x the speed, " << QString::number(median(cpu[rows]), 'f', 2) << " x the CPU\n";
     return 0;
 }
