@@ -256,8 +256,7 @@ void ActiveList::setSeleccionado(int index)
     m_selected = hasRow(index) ? index : 0;
     if (m_selected)
         m_rows[m_selected]->setSelected(true);
-    m_details = DownloadDetails();
-    Q_EMIT detailsChanged();
+    describeSelected();
 }
 
 void ActiveList::showStatus(int panel, const QString &text)

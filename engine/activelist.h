@@ -1,5 +1,6 @@
 #pragma once
 
+#include "downloadinfo.h"
 #include "downloadrow.h"
 #include "downloadslot.h"
 #include "ftplogin.h"
@@ -10,6 +11,7 @@
 #include <QTimer>
 #include <array>
 #include <memory>
+#include <optional>
 
 class Desktop;
 class HistorySink;
@@ -20,11 +22,25 @@ struct Settings;
 // The texts of the detail panel, for the selected download.
 struct DownloadDetails
 {
+    QString inf; // the panel's title
+    QString urlt;
     QString porcientot;
     QString bytest;
     QString velmedia;
     QString tiempou;
     QString tiemporest;
+    bool allowredoc = false;
+};
+
+// Which toolbar commands act on the selected download; "delend" and "apagar" always do.
+struct ActiveCommands
+{
+    bool detener = false;
+    bool pausar = false;
+    bool continuar = false;
+    bool open = false;
+    bool antivirus = false;
+    bool propiedades = false;
 };
 
 // The running downloads: 41 slots (slot 0 is never used), each with its row and its
@@ -41,6 +57,8 @@ public:
     ~ActiveList() override;
 
     void setInactiveList(InactiveList *inactive) { m_inactive = inactive; }
+    // The rows of downloads added from now on; set it before load().
+    void setRowFactory(RowFactory rows) { m_makeRow = std::move(rows); }
     // Starts the once-a-second timers; tests call the ticks themselves.
     void startTimers();
 
@@ -71,6 +89,18 @@ public:
     int seleccionado() const { return m_selected; }
     void setSeleccionado(int index);
     const DownloadDetails &details() const { return m_details; }
+    ActiveCommands enabledCommands() const;
+    // The detail window's texts for a live download.
+    std::optional<DownloadInfo> detallado(int index) const;
+
+    // The toolbar commands, on the selected download. Each does nothing while its button is
+    // disabled; a question leaves them acting on what the slot holds once it is answered.
+    void CallCancel();
+    void CallPause();
+    void CallContinue();
+    void CallExe();
+    void CallAntiv();
+    void CallProp();
     void setApagar(bool on) { m_apagar = on; }
     bool apagar() const { return m_apagar; }
 
@@ -105,11 +135,18 @@ Q_SIGNALS:
     void downloadFailed(const QString &url);
     void totalSpeed(int kbPerSecond);
     void shutdownRequested();
+    // Show the detail window for this slot.
+    void propertiesRequested(int index);
 
 private:
     int nextFreeIndex() const;
     void unload(int index);
     void pullFromQueue();
+    void describeSelected();
+    QString remainingTime(int index) const;
+    // The slot still holds the download that was asked about.
+    bool holds(int index, const QString &path) const;
+    void logLine(const QString &text, quint32 colour);
 
     const Settings &m_settings;
     Desktop &m_desktop;

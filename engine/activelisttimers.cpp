@@ -41,13 +41,7 @@ void ActiveList::updateTick()
         }
         if (i == m_selected) {
             m_details.velmedia = QString::number(slot.velocidad) + QStringLiteral(" Kb/seg");
-            if (row.finalizado())
-                m_details.tiemporest = QStringLiteral("00:00");
-            else if (slot.velocidad < 1 || slot.total <= 0)
-                m_details.tiemporest = QStringLiteral("*");
-            else
-                m_details.tiemporest = elapsedText(
-                    std::llround(double(slot.total - slot.bytes) / 1024.0 / slot.velocidad));
+            m_details.tiemporest = remainingTime(i);
             Q_EMIT detailsChanged();
         }
     }

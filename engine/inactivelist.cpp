@@ -92,6 +92,7 @@ void InactiveList::setSeleccionado(int index)
     m_selected = (index > 0 && index < SlotCount && m_rows[index]) ? index : 0;
     if (m_selected)
         m_rows[m_selected]->setSelected(true);
+    Q_EMIT selectionChanged();
 }
 
 void InactiveList::unload(int index)
@@ -177,6 +178,9 @@ void InactiveList::CallCancel()
     const QString path = m_registros[i].path;
     if (!m_desktop.askYesNo(QStringLiteral("¿Seguro que desea cancelar la transferencia de ") +
                             path + QStringLiteral("?")))
+        return;
+    // The download may have moved to the active list while the question was open.
+    if (!existe(i) || m_registros[i].path != path)
         return;
     unload(i);
     if (QFileInfo::exists(path))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "downloadinfo.h"
 #include "downloadrow.h"
 #include "downloadslot.h"
 #include "listrecord.h"
@@ -9,6 +10,7 @@
 #include <QObject>
 #include <array>
 #include <memory>
+#include <optional>
 
 class ActiveList;
 class Desktop;
@@ -27,6 +29,8 @@ public:
                  const ProgramFolder &folder, RowFactory rows, QObject *parent = nullptr);
 
     void setActiveList(ActiveList *active) { m_active = active; }
+    // The rows of downloads added from now on; set it before load().
+    void setRowFactory(RowFactory rows) { m_makeRow = std::move(rows); }
 
     void load();
     void addnew(const QString &Data, const QString &path, qint64 total, qint64 bytes,
@@ -42,6 +46,9 @@ public:
     void CallCancel();
     void CallContinue();
     void bloquear();
+    void CallProp();
+    // The detail window's texts for a download of this list.
+    std::optional<DownloadInfo> detallado(int index) const;
 
     int rowCount() const { return rowCountOf(m_rows); }
     int highestIndex() const { return highestIndexOf(m_rows); }
@@ -53,6 +60,9 @@ public:
 Q_SIGNALS:
     void rowsChanged();
     void rowRemoved(int index);
+    void selectionChanged();
+    // Show the detail window for this slot.
+    void propertiesRequested(int index);
 
 private:
     void unload(int index);

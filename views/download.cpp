@@ -86,6 +86,12 @@ download::download(QWidget *parent)
     m_nbytes->setObjectName(QStringLiteral("nbytes"));
     m_urll->setObjectName(QStringLiteral("urll"));
 
+    for (QLabel *label : {m_filename, m_porciento, m_nbytes, m_urll}) {
+        label->setTextFormat(Qt::PlainText);
+        label->setForegroundRole(QPalette::WindowText);
+    }
+    for (QLabel *label : {m_filename, m_nbytes, m_urll})
+        label->setIndent(2);
     m_avance->setRange(0, 100);
     m_avance->setValue(0);
     m_avance->setTextVisible(false);
@@ -105,6 +111,8 @@ download::download(QWidget *parent)
                            static_cast<QWidget *>(m_nbytes), static_cast<QWidget *>(m_urll)})
         child->installEventFilter(this);
 
+    // The row paints its own colours, whatever the frame around it uses.
+    setBackgroundRole(QPalette::Window);
     setAutoFillBackground(true);
     setFixedHeight(twipsToPixels(RowHeight));
     paintBackground(m_baseColour);
@@ -122,38 +130,58 @@ void download::setPorcentaje(int percent)
 {
     // Only the upper end is clamped; a negative value passes through to the text.
     m_percent = std::min(percent, 100);
-    m_avance->setValue(std::max(m_percent, 0));
-    m_porciento->setText(QString::number(m_percent) + QLatin1Char('%'));
+    m_percentShown = false;
+    scheduleRefresh();
 }
 
 void download::setBytes(const QString &text)
 {
-    m_nbytes->setText(text);
+    m_bytes = text;
+    scheduleRefresh();
 }
 
-QString download::bytes() const
+void download::scheduleRefresh()
 {
-    return m_nbytes->text();
+    if (!m_refresh.isActive())
+        m_refresh.start(RefreshMs, this);
+}
+
+void download::refresh()
+{
+    m_refresh.stop();
+    if (!m_percentShown) {
+        m_avance->setValue(std::max(m_percent, 0));
+        m_porciento->setText(QString::number(m_percent) + QLatin1Char('%'));
+        m_percentShown = true;
+    }
+    m_nbytes->setText(m_bytes);
+}
+
+void download::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() == m_refresh.timerId())
+        refresh();
+    else
+        QWidget::timerEvent(event);
 }
 
 void download::setArchivo(const QString &text)
 {
-    m_filename->setText(text);
-}
-
-QString download::archivo() const
-{
-    return m_filename->text();
+    m_archivo = text;
+    showElided(m_filename, text);
 }
 
 void download::setUrl(const QString &text)
 {
-    m_urll->setText(text);
+    m_url = text;
+    showElided(m_urll, text);
 }
 
-QString download::url() const
+void download::showElided(QLabel *label, const QString &text)
 {
-    return m_urll->text();
+    const QString shown = label->fontMetrics().elidedText(text, Qt::ElideMiddle, label->width());
+    label->setText(shown);
+    label->setToolTip(shown == text ? QString() : text);
 }
 
 void download::setSelected(bool selected)
@@ -215,6 +243,14 @@ void download::resizeEvent(QResizeEvent *event)
     m_nbytes->setGeometry(toPixels(layout.nbytes));
     m_urll->setGeometry(toPixels(layout.urll));
     m_line->setGeometry(0, height() - 1, twipsToPixels(layout.lineEnd), 1);
+    showElided(m_filename, m_archivo);
+    showElided(m_urll, m_url);
+}
+
+// A press anywhere on the row belongs to the row, not to the frame behind it.
+void download::mousePressEvent(QMouseEvent *event)
+{
+    event->accept();
 }
 
 bool download::eventFilter(QObject *watched, QEvent *event)

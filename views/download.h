@@ -2,6 +2,7 @@
 
 #include "downloadrow.h"
 
+#include <QBasicTimer>
 #include <QRect>
 #include <QWidget>
 
@@ -20,6 +21,8 @@ struct RowLayout
 RowLayout rowLayout(int rowWidth, int percentWidth, int lockWidth);
 
 // One download drawn as one row: file name, progress, percentage (or a lock), size and URL.
+// The engine writes the progress on every chunk: those writes only store the value, and the
+// labels and the bar take it up at most every RefreshMs.
 class download final : public QWidget, public DownloadRow
 {
     Q_OBJECT
@@ -29,6 +32,7 @@ public:
     static constexpr int RowHeight = 300;    // twips
     static constexpr int PercentWidth = 675; // twips
     static constexpr int LockWidth = 240;    // twips
+    static constexpr int RefreshMs = 100;
 
     explicit download(QWidget *parent = nullptr);
 
@@ -37,11 +41,11 @@ public:
     void setPorcentaje(int percent) override;
     int porcentaje() const override { return m_percent; }
     void setBytes(const QString &text) override;
-    QString bytes() const override;
+    QString bytes() const override { return m_bytes; }
     void setArchivo(const QString &text) override;
-    QString archivo() const override;
+    QString archivo() const override { return m_archivo; }
     void setUrl(const QString &text) override;
-    QString url() const override;
+    QString url() const override { return m_url; }
     void setSelected(bool selected) override;
     bool selected() const override { return m_selected; }
     void setFinalizado(bool finished) override { m_finished = finished; }
@@ -56,6 +60,8 @@ public:
     quint32 baseColour() const { return m_baseColour; }
     quint32 backgroundColour() const { return m_background; }
     quint32 labelColour() const { return m_labelColour; }
+    // Shows the progress written since the last refresh; the refresh timer calls it.
+    void refresh();
 
 Q_SIGNALS:
     void Click();
@@ -64,11 +70,16 @@ Q_SIGNALS:
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
 
 private:
     void paintBackground(quint32 colour);
     void paintLabels(quint32 colour);
+    void scheduleRefresh();
+    // Long paths and addresses lose their middle, so both ends stay readable.
+    void showElided(QLabel *label, const QString &text);
 
     QLabel *m_filename;
     QProgressBar *m_avance;
@@ -81,7 +92,12 @@ private:
     quint32 m_baseColour = 0xFFFFFF;
     quint32 m_background = 0xFFFFFF;
     quint32 m_labelColour = 0;
+    QString m_archivo = QStringLiteral("Archivo"); // the design captions
+    QString m_url = QStringLiteral("URL");
+    QString m_bytes;
     int m_percent = 0;
+    bool m_percentShown = true;
+    QBasicTimer m_refresh;
     bool m_locked = false;
     bool m_selected = false;
     bool m_finished = false;

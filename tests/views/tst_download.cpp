@@ -6,6 +6,26 @@
 #include <QSignalSpy>
 #include <QTest>
 
+namespace {
+
+class EventCounter : public QObject
+{
+public:
+    EventCounter(QEvent::Type type, int &count) : m_type(type), m_count(count) {}
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == m_type)
+            ++m_count;
+        return false;
+    }
+
+private:
+    QEvent::Type m_type;
+    int &m_count;
+};
+
+} // namespace
+
 class TestDownload : public QObject
 {
     Q_OBJECT
@@ -14,6 +34,8 @@ private Q_SLOTS:
     void percentage_data();
     void percentage();
     void lockHidesPercentage();
+    void progressWritesOnlyStore();
+    void longTextsElided();
     void colours_data();
     void colours();
     void layout_data();
@@ -38,6 +60,7 @@ void TestDownload::percentage()
     download row;
     row.setPorcentaje(value);
     QCOMPARE(row.porcentaje(), stored);
+    row.refresh();
     QTEST(row.findChild<QProgressBar *>("avance")->value(), "bar");
     QCOMPARE(row.findChild<QLabel *>("porciento")->text(), QString::number(stored) + "%");
 }
@@ -49,12 +72,59 @@ void TestDownload::lockHidesPercentage()
     auto *porciento = row.findChild<QLabel *>("porciento");
     auto *candado = row.findChild<QLabel *>("candado");
     row.setPorcentaje(30);
+    row.refresh();
     row.setLocked(true);
     QVERIFY(candado->isVisible() && !porciento->isVisible());
     QCOMPARE(candado->toolTip(), QStringLiteral("Archivo bloqueado"));
     row.setLocked(false);
     QVERIFY(!candado->isVisible() && porciento->isVisible());
     QCOMPARE(porciento->text(), QStringLiteral("30%"));
+}
+
+// The engine writes the progress on every chunk: the labels take it up only on the refresh,
+// and nothing asks for a new layout meanwhile.
+void TestDownload::progressWritesOnlyStore()
+{
+    download row;
+    row.resize(645, 20);
+    row.show();
+    row.refresh();
+    QCoreApplication::processEvents();
+    int layoutRequests = 0;
+    EventCounter counter(QEvent::LayoutRequest, layoutRequests);
+    row.installEventFilter(&counter);
+    for (int i = 1; i <= 1000; ++i) {
+        row.setPorcentaje(i / 10);
+        row.setBytes(QString::number(i) + " Kb");
+    }
+    QCoreApplication::processEvents();
+    QCOMPARE(layoutRequests, 0);
+    QCOMPARE(row.findChild<QLabel *>("nbytes")->text(), QString());
+    QCOMPARE(row.bytes(), QStringLiteral("1000 Kb"));
+    row.refresh();
+    QCOMPARE(row.findChild<QLabel *>("nbytes")->text(), QStringLiteral("1000 Kb"));
+    QCOMPARE(row.findChild<QLabel *>("porciento")->text(), QStringLiteral("100%"));
+    QCOMPARE(row.findChild<QProgressBar *>("avance")->value(), 100);
+}
+
+void TestDownload::longTextsElided()
+{
+    download row;
+    row.resize(645, 20);
+    row.show();
+    const QString path = "/home/usuario/Descargas/" + QString(200, 'x') + "/final.iso";
+    row.setArchivo(path);
+    row.setUrl("http://h/corto");
+    auto *filename = row.findChild<QLabel *>("filename");
+    QCOMPARE(row.archivo(), path);
+    QVERIFY(filename->text().startsWith("/home") && filename->text().endsWith("final.iso"));
+    QVERIFY(filename->fontMetrics().horizontalAdvance(filename->text()) <= filename->width());
+    QCOMPARE(filename->toolTip(), path);
+    QCOMPARE(row.findChild<QLabel *>("urll")->text(), QStringLiteral("http://h/corto"));
+    QCOMPARE(row.findChild<QLabel *>("urll")->toolTip(), QString());
+    // A markup-looking name is shown as it is.
+    row.setArchivo("<b>negrita</b>");
+    QCOMPARE(filename->textFormat(), Qt::PlainText);
 }
 
 // Each step is applied to a fresh row in order; the colours after the last step are checked.

@@ -1,0 +1,174 @@
+#include "activewindow.h"
+
+#include "activelist.h"
+#include "commandbar.h"
+#include "detailpanel.h"
+#include "detailwindow.h"
+#include "linkdrop.h"
+
+#include <QAction>
+#include <QCursor>
+#include <QMenu>
+#include <QTimerEvent>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+ActiveWindow::ActiveWindow(ActiveList &list, DetailWindow &detail, QWidget *parent)
+    : QWidget(parent), m_list(&list), m_detail(detail), m_frame(new RowFrame(this)),
+      m_inf(new DetailPanel(this)), m_menu(new QMenu(QStringLiteral("Menu"), this))
+{
+    setObjectName(QStringLiteral("activas"));
+    setWindowTitle(QStringLiteral("Descargas activas"));
+    m_menu->setObjectName(QStringLiteral("menu"));
+    buildCommands();
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(4, 0, 4, 4);
+    layout->setSpacing(4);
+    auto *toolbar = makeToolbar(this);
+    addButton(toolbar, m_cancelar, "detener");
+    addButton(toolbar, m_pausar, "pausar");
+    addButton(toolbar, m_continuar, "continuar");
+    toolbar->addSeparator();
+    addButton(toolbar, m_delend, "delend");
+    toolbar->addSeparator();
+    addButton(toolbar, m_ejecutar, "open");
+    addButton(toolbar, m_antivirus, "antivirus");
+    toolbar->addSeparator();
+    addButton(toolbar, m_apagar, "apagar");
+    layout->addWidget(toolbar);
+    layout->addWidget(m_frame, 1);
+    layout->addWidget(m_inf);
+    resize(720, 420);
+
+    m_rows = std::make_unique<RowBinding<ActiveList>>(
+        list, *m_frame, [this](download &row, int index) { connectRow(row, index); });
+    connect(m_frame, &RowFrame::emptyClicked, this, [this] { select(0); });
+    connect(&list, &ActiveList::detailsChanged, this, &ActiveWindow::detailsChanged);
+    connect(&list, &ActiveList::rowsChanged, this, &ActiveWindow::updateCommands);
+    connect(&list, &ActiveList::downloadFinished, this, &ActiveWindow::updateCommands);
+    connect(&list, &ActiveList::downloadFailed, this, &ActiveWindow::updateCommands);
+    connect(&list, &ActiveList::propertiesRequested, this, &ActiveWindow::showDetails);
+    connect(&list, &ActiveList::shutdownRequested, this,
+            [this] { m_apagar->setChecked(m_list->apagar()); });
+    new LinkDropTarget(this, [this](const QString &address) {
+        if (m_list)
+            m_list->AgregarArrastrando(address);
+    });
+    showSelection();
+}
+
+ActiveWindow::~ActiveWindow() = default;
+
+void ActiveWindow::buildCommands()
+{
+    ActiveList &list = *m_list;
+    m_continuar = makeCommand(this, "continuar", QStringLiteral("Co&ntinuar"),
+                              QStringLiteral("Reconectar"), QStringLiteral("reconectar"));
+    m_pausar = makeCommand(this, "pausar", QStringLiteral("&Pausar"),
+                           QStringLiteral("Pausar descarga"), QStringLiteral("pausar"));
+    m_cancelar = makeCommand(this, "cancelar", QStringLiteral("&Cancelar"),
+                             QStringLiteral("Cancelar descarga"), QStringLiteral("detener"));
+    m_ejecutar = makeCommand(this, "ejecutar", QStringLiteral("&Ejecutar"),
+                             QStringLiteral("Ejecutar archivo"), QStringLiteral("open"));
+    m_antivirus = makeCommand(this, "antivirus", QStringLiteral("&Antivirus"),
+                              QStringLiteral("Ejecutar antivirus"), QStringLiteral("antivirus"));
+    m_propiedades =
+        makeCommand(this, "propiedades", QStringLiteral("&Propiedades"),
+                    QStringLiteral("Información de la descarga"), QStringLiteral("propiedades"));
+    m_delend =
+        makeCommand(this, "delend", QStringLiteral("&Borrar los archivos descargados"),
+                    QStringLiteral("Borrar los archivos descargados"), QStringLiteral("delend"));
+    m_apagar = makeCommand(this, "apagar", QStringLiteral("A&pagar equipo al finalizar"),
+                           QStringLiteral("Apagar equipo al finalizar descargas"),
+                           QStringLiteral("apagar"));
+    m_apagar->setCheckable(true);
+    m_apagar->setChecked(list.apagar());
+
+    // The list is the receiver: once it has gone, the commands do nothing.
+    connect(m_continuar, &QAction::triggered, &list, &ActiveList::CallContinue);
+    connect(m_pausar, &QAction::triggered, &list, &ActiveList::CallPause);
+    connect(m_cancelar, &QAction::triggered, &list, &ActiveList::CallCancel);
+    connect(m_ejecutar, &QAction::triggered, &list, &ActiveList::CallExe);
+    connect(m_antivirus, &QAction::triggered, &list, &ActiveList::CallAntiv);
+    connect(m_propiedades, &QAction::triggered, &list, &ActiveList::CallProp);
+    connect(m_delend, &QAction::triggered, &list, &ActiveList::delend);
+    connect(m_apagar, &QAction::toggled, &list, &ActiveList::setApagar);
+
+    m_menu->addActions({m_continuar, m_pausar, m_cancelar, m_ejecutar, m_antivirus, m_propiedades});
+}
+
+void ActiveWindow::connectRow(download &row, int index)
+{
+    connect(&row, &download::Click, this, [this, index] { select(index); });
+    connect(&row, &download::MouseUp, this, [this, index](int button) {
+        if (button == 2)
+            showMenu(index);
+    });
+    connect(&row, &download::DblClick, this, [this, index] {
+        select(index);
+        if (m_list)
+            m_list->CallProp();
+    });
+}
+
+void ActiveWindow::select(int index)
+{
+    if (m_list)
+        m_list->setSeleccionado(index);
+}
+
+void ActiveWindow::showMenu(int index)
+{
+    select(index);
+    if (m_list && m_list->seleccionado() == index)
+        m_menu->popup(QCursor::pos());
+}
+
+void ActiveWindow::showDetails(int index)
+{
+    if (m_list)
+        m_detail.describe(activeSource(*m_list, index));
+}
+
+// While the selected download runs this comes with every chunk: the panel takes it up a few
+// times a second. A new selection shows at once.
+void ActiveWindow::detailsChanged()
+{
+    updateCommands();
+    if (m_list && m_list->seleccionado() != m_shownSelection)
+        showSelection();
+    else if (!m_panelRefresh.isActive())
+        m_panelRefresh.start(PanelRefreshMs, this);
+}
+
+void ActiveWindow::showSelection()
+{
+    m_panelRefresh.stop();
+    if (!m_list)
+        return;
+    m_shownSelection = m_list->seleccionado();
+    m_inf->showDetails(m_list->details());
+    updateCommands();
+}
+
+void ActiveWindow::updateCommands()
+{
+    if (!m_list)
+        return;
+    const ActiveCommands enabled = m_list->enabledCommands();
+    m_cancelar->setEnabled(enabled.detener);
+    m_pausar->setEnabled(enabled.pausar);
+    m_continuar->setEnabled(enabled.continuar);
+    m_ejecutar->setEnabled(enabled.open);
+    m_antivirus->setEnabled(enabled.antivirus);
+    m_propiedades->setEnabled(enabled.propiedades);
+}
+
+void ActiveWindow::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() == m_panelRefresh.timerId())
+        showSelection();
+    else
+        QWidget::timerEvent(event);
+}

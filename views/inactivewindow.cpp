@@ -1,0 +1,106 @@
+#include "inactivewindow.h"
+
+#include "activelist.h"
+#include "commandbar.h"
+#include "detailwindow.h"
+#include "inactivelist.h"
+#include "linkdrop.h"
+
+#include <QAction>
+#include <QCursor>
+#include <QMenu>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+InactiveWindow::InactiveWindow(InactiveList &list, ActiveList &active, DetailWindow &detail,
+                               QWidget *parent)
+    : QWidget(parent), m_list(&list), m_active(&active), m_detail(detail),
+      m_frame(new RowFrame(this)), m_menu(new QMenu(QStringLiteral("Menu2"), this))
+{
+    setObjectName(QStringLiteral("inactivas"));
+    setWindowTitle(QStringLiteral("Descargas inactivas"));
+    m_menu->setObjectName(QStringLiteral("menu2"));
+    buildCommands();
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(4, 0, 4, 4);
+    layout->setSpacing(4);
+    auto *toolbar = makeToolbar(this);
+    addButton(toolbar, m_cancelar, "detener");
+    addButton(toolbar, m_continuar, "continuar");
+    toolbar->addSeparator();
+    addButton(toolbar, m_bloquear, "bloquear");
+    layout->addWidget(toolbar);
+    layout->addWidget(m_frame, 1);
+    resize(720, 320);
+
+    m_rows = std::make_unique<RowBinding<InactiveList>>(
+        list, *m_frame, [this](download &row, int index) { connectRow(row, index); });
+    connect(m_frame, &RowFrame::emptyClicked, this, [this] { select(0); });
+    connect(&list, &InactiveList::rowsChanged, this, &InactiveWindow::updateCommands);
+    connect(&list, &InactiveList::selectionChanged, this, &InactiveWindow::updateCommands);
+    connect(&list, &InactiveList::propertiesRequested, this, [this](int index) {
+        if (m_list)
+            m_detail.describe(inactiveSource(*m_list, index));
+    });
+    new LinkDropTarget(this, [this](const QString &address) {
+        if (m_active)
+            m_active->AgregarArrastrando(address);
+    });
+    updateCommands();
+}
+
+InactiveWindow::~InactiveWindow() = default;
+
+void InactiveWindow::buildCommands()
+{
+    InactiveList &list = *m_list;
+    m_continuar = makeCommand(this, "continuar2", QStringLiteral("Co&ntinuar"),
+                              QStringLiteral("Continuar descarga"), QStringLiteral("continuar"));
+    m_cancelar = makeCommand(this, "cancelar2", QStringLiteral("&Cancelar"),
+                             QStringLiteral("Cancelar descarga"), QStringLiteral("detener"));
+    m_bloquear =
+        makeCommand(this, "bloquear", QStringLiteral("&Bloquear"),
+                    QStringLiteral("Bloquear/desbloquear descarga"), QStringLiteral("bloquear"));
+    m_propiedades =
+        makeCommand(this, "propiedades2", QStringLiteral("&Propiedades"),
+                    QStringLiteral("Información de la descarga"), QStringLiteral("propiedades"));
+
+    // The list is the receiver: once it has gone, the commands do nothing.
+    connect(m_continuar, &QAction::triggered, &list, &InactiveList::CallContinue);
+    connect(m_cancelar, &QAction::triggered, &list, &InactiveList::CallCancel);
+    connect(m_bloquear, &QAction::triggered, &list, &InactiveList::bloquear);
+    connect(m_propiedades, &QAction::triggered, &list, &InactiveList::CallProp);
+
+    m_menu->addActions({m_continuar, m_cancelar, m_bloquear, m_propiedades});
+}
+
+void InactiveWindow::connectRow(download &row, int index)
+{
+    connect(&row, &download::Click, this, [this, index] { select(index); });
+    connect(&row, &download::MouseUp, this, [this, index](int button) {
+        if (button != 2)
+            return;
+        select(index);
+        if (m_list && m_list->seleccionado() == index)
+            m_menu->popup(QCursor::pos());
+    });
+    connect(&row, &download::DblClick, this, [this, index] {
+        select(index);
+        if (m_list)
+            m_list->CallProp();
+    });
+}
+
+void InactiveWindow::select(int index)
+{
+    if (m_list)
+        m_list->setSeleccionado(index);
+}
+
+void InactiveWindow::updateCommands()
+{
+    const bool selected = m_list && m_list->existe(m_list->seleccionado());
+    for (QAction *command : {m_continuar, m_cancelar, m_bloquear, m_propiedades})
+        command->setEnabled(selected);
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "activelist.h"
+#include "inactivelist.h"
+#include "rowbinding.h"
+
+#include <QPointer>
+#include <QWidget>
+#include <memory>
+
+class DetailWindow;
+class QAction;
+class QMenu;
+
+// The window `inactivas`: one row per paused, queued or interrupted download, the toolbar
+// `opciones` (cancel, continue, lock) and the pop-up menu `menu2`. Links dropped on it go to the
+// active list.
+class InactiveWindow final : public QWidget
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(InactiveWindow)
+
+public:
+    InactiveWindow(InactiveList &list, ActiveList &active, DetailWindow &detail,
+                   QWidget *parent = nullptr);
+    ~InactiveWindow() override;
+
+    QMenu *menu2() const { return m_menu; }
+    download *rowAt(int index) const { return m_rows->rowAt(index); }
+    RowFrame *frame() const { return m_frame; }
+
+private:
+    void buildCommands();
+    void connectRow(download &row, int index);
+    void select(int index);
+    void updateCommands();
+
+    QPointer<InactiveList> m_list;
+    QPointer<ActiveList> m_active;
+    DetailWindow &m_detail;
+    RowFrame *m_frame;
+    QMenu *m_menu;
+    QAction *m_continuar = nullptr;
+    QAction *m_cancelar = nullptr;
+    QAction *m_bloquear = nullptr;
+    QAction *m_propiedades = nullptr;
+    std::unique_ptr<RowBinding<InactiveList>> m_rows;
+};

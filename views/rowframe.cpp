@@ -1,0 +1,144 @@
+#include "rowframe.h"
+
+#include "download.h"
+#include "wincolor.h"
+
+#include <QCoreApplication>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <cmath>
+
+namespace {
+
+// Where the k-th row of a list goes (twips from the top of the frame) when the scroll bar stands
+// at `scrollValue` (0 to 100): the rows are 300 twips apart below the column headers, and the bar
+// moves them by `highestIndex` × value / 100 rows. A row above the headers is hidden.
+double rowTop(int k, int highestIndex, int scrollValue, int headerHeight)
+{
+    return headerHeight + (k - highestIndex * scrollValue / 100.0) * RowFrame::RowPitch;
+}
+
+// The largest value the bar needs to bring the last of `rows` rows into a frame that shows
+// `visibleRows` of them (the rule alone would scroll every row out at 100); 0 when all fit.
+int scrollMaximum(int rows, int highestIndex, int visibleRows)
+{
+    if (rows <= visibleRows || highestIndex <= 0)
+        return 0;
+    const double needed = 100.0 * (rows - visibleRows) / highestIndex;
+    return std::min(100, int(std::ceil(needed)));
+}
+
+QLabel *header(QWidget *parent, const char *name, const QString &text)
+{
+    auto *label = new QLabel(text, parent);
+    label->setObjectName(QLatin1String(name));
+    label->setIndent(2);
+    return label;
+}
+
+} // namespace
+
+RowFrame::RowFrame(QWidget *parent)
+    : QFrame(parent), m_header(new QWidget(this)),
+      m_filename(header(m_header, "filename", QStringLiteral("Archivo"))),
+      m_avance(header(m_header, "avance", QStringLiteral("Progreso"))),
+      m_porciento(header(m_header, "porciento", QStringLiteral("%"))),
+      m_nbytes(header(m_header, "nbytes", QStringLiteral("Descargado"))),
+      m_urll(header(m_header, "urll", QStringLiteral("URL"))),
+      m_scroll(new QScrollBar(Qt::Vertical, this))
+{
+    setObjectName(QStringLiteral("frame"));
+    setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    setBackgroundRole(QPalette::Base);
+    setAutoFillBackground(true);
+    m_header->setObjectName(QStringLiteral("headers"));
+    m_header->setBackgroundRole(QPalette::Button);
+    m_header->setAutoFillBackground(true);
+    m_porciento->setAlignment(Qt::AlignCenter);
+    m_scroll->setObjectName(QStringLiteral("scroll"));
+    m_scroll->setAccessibleName(QStringLiteral("Desplazar la lista"));
+    m_scroll->setRange(0, 0);
+    m_scroll->hide();
+    connect(m_scroll, &QScrollBar::valueChanged, this, &RowFrame::placeRows);
+}
+
+void RowFrame::reordenar_indicador(const QList<QWidget *> &rows, int highestIndex)
+{
+    m_rows.clear();
+    for (QWidget *row : rows)
+        m_rows.append(row);
+    m_highestIndex = highestIndex;
+    placeRows();
+}
+
+int RowFrame::visibleRows() const
+{
+    const int height = contentsRect().height() - m_header->height();
+    return std::max(0, height / twipsToPixels(RowPitch));
+}
+
+void RowFrame::placeHeaders()
+{
+    const QRect area = contentsRect();
+    const int width = area.width() - (m_scroll->isHidden() ? 0 : m_scroll->width());
+    m_header->setGeometry(area.x(), area.y(), width, twipsToPixels(RowPitch));
+    const RowLayout columns = rowLayout(width * 15, download::PercentWidth, download::LockWidth);
+    const auto place = [](QLabel *label, const QRect &twips) {
+        label->setGeometry(twipsToPixels(twips.x()), 0, std::max(0, twipsToPixels(twips.width())),
+                           twipsToPixels(twips.height()));
+    };
+    place(m_filename, columns.filename);
+    place(m_avance, columns.avance);
+    place(m_porciento, columns.porciento);
+    place(m_nbytes, columns.nbytes);
+    place(m_urll, columns.urll);
+}
+
+void RowFrame::placeRows()
+{
+    const QRect area = contentsRect();
+    const int maximum = scrollMaximum(int(m_rows.size()), m_highestIndex, visibleRows());
+    m_scroll->setRange(0, maximum);
+    m_scroll->setPageStep(std::max(1, maximum / 4));
+    m_scroll->setVisible(maximum > 0);
+    m_scroll->setGeometry(area.right() + 1 - m_scroll->sizeHint().width(), area.y(),
+                          m_scroll->sizeHint().width(), area.height());
+    placeHeaders();
+
+    const int headerHeight = m_header->height() * 15;
+    const int width = m_header->width();
+    int k = 0;
+    for (const QPointer<QWidget> &row : std::as_const(m_rows)) {
+        if (!row)
+            continue;
+        const double top = rowTop(k++, m_highestIndex, m_scroll->value(), headerHeight);
+        row->setGeometry(area.x(), area.y() + int(std::lround(top / 15.0)), width,
+                         twipsToPixels(download::RowHeight));
+        row->setVisible(top >= headerHeight);
+    }
+    m_header->raise();
+}
+
+void RowFrame::resizeEvent(QResizeEvent *event)
+{
+    QFrame::resizeEvent(event);
+    placeRows();
+}
+
+void RowFrame::mousePressEvent(QMouseEvent *event)
+{
+    event->accept();
+}
+
+void RowFrame::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        Q_EMIT emptyClicked();
+}
+
+void RowFrame::wheelEvent(QWheelEvent *event)
+{
+    if (!m_scroll->isHidden())
+        QCoreApplication::sendEvent(m_scroll, event);
+}
