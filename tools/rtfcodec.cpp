@@ -2,12 +2,34 @@
 
 namespace {
 
-void appendHexByte(QByteArray &out, char16_t unit)
+// Calls `write` with each piece of RTF that `text` becomes, in order.
+template <typename Write> void encode(QStringView text, Write &&write)
 {
-    static const char Digits[] = "0123456789abcdef";
-    out += "\\'";
-    out += Digits[unit >> 4];
-    out += Digits[unit & 0xF];
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (c == u'\r' || c == u'\n') {
+            if (c == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n')
+                ++i;
+            write(QByteArrayView("\\par\r\n"));
+        } else if (c == u'\\' || c == u'{' || c == u'}') {
+            const char escaped[2] = {'\\', char(c)};
+            write(QByteArrayView(escaped, 2));
+        } else if (c == u'\t') {
+            write(QByteArrayView("\\tab "));
+        } else if (c >= 0x20 && c < 0x7F) {
+            const char plain = char(c);
+            write(QByteArrayView(&plain, 1));
+        } else if (c >= 0xA0 && c <= 0xFF) {
+            // Latin letters as bytes of the ANSI code page: every reader knows those.
+            static const char Digits[] = "0123456789abcdef";
+            const char hex[4] = {'\\', '\'', Digits[c >> 4], Digits[c & 0xF]};
+            write(QByteArrayView(hex, 4));
+        } else {
+            write(QByteArrayView("\\u"));
+            write(QByteArrayView(QByteArray::number(qint16(c))));
+            write(QByteArrayView("?"));
+        }
+    }
 }
 
 } // namespace
@@ -36,33 +58,14 @@ QByteArray colourWord(qsizetype tableIndex)
 
 void appendText(QByteArray &out, QStringView text)
 {
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i].unicode();
-        if (c == u'\r' || c == u'\n') {
-            if (c == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n')
-                ++i;
-            out += "\\par\r\n";
-        } else if (c == u'\\' || c == u'{' || c == u'}') {
-            out += '\\';
-            out += char(c);
-        } else if (c == u'\t') {
-            out += "\\tab ";
-        } else if (c >= 0x20 && c < 0x7F) {
-            out += char(c);
-        } else if (c >= 0xA0 && c <= 0xFF) {
-            // Latin letters as bytes of the ANSI code page: every reader knows those.
-            appendHexByte(out, c);
-        } else {
-            out += "\\u" + QByteArray::number(qint16(c)) + '?';
-        }
-    }
+    encode(text, [&out](QByteArrayView piece) { out.append(piece); });
 }
 
 qsizetype textLength(QStringView text)
 {
-    QByteArray out;
-    appendText(out, text);
-    return out.size();
+    qsizetype length = 0;
+    encode(text, [&length](QByteArrayView piece) { length += piece.size(); });
+    return length;
 }
 
 QByteArray write(const RtfDocument &document)

@@ -14,6 +14,11 @@ constexpr char16_t Cp1252High[32] = {
     0x2039, 0x0152, 0xFFFD, 0x017D, 0xFFFD, 0xFFFD, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0xFFFD, 0x017E, 0x0178};
 
+bool isPlain(char c)
+{
+    return c >= 0x20 && c < 0x7F && c != '\\' && c != '{' && c != '}';
+}
+
 QChar fromAnsi(uchar byte)
 {
     return byte >= 0x80 && byte < 0xA0 ? QChar(Cp1252High[byte - 0x80]) : QChar(byte);
@@ -82,6 +87,8 @@ private:
     void controlSymbol(char symbol);
     void word(const QByteArray &name, bool hasParameter, int parameter);
     void text(QChar c);
+    void plainText();
+    QString &runText();
     void tableText(char c);
     quint32 colourAt(int index) const;
 
@@ -116,6 +123,8 @@ RtfDocument RtfReader::read()
             m_groupOpened = false;
             if (m_groups.back().colourTable)
                 tableText(c);
+            else if (isPlain(c) && m_fallbackLeft == 0)
+                plainText();
             else if (uchar(c) >= 0x20 || c == '\t')
                 text(fromAnsi(uchar(c)));
         }
@@ -238,10 +247,26 @@ void RtfReader::text(QChar c)
         --m_fallbackLeft;
         return;
     }
+    runText() += c;
+}
+
+// A stretch of plain ASCII, taken whole for speed.
+void RtfReader::plainText()
+{
+    const qsizetype start = m_pos - 1;
+    while (m_pos < m_data.size() && isPlain(m_data[m_pos]))
+        ++m_pos;
+    if (!m_groups.back().skipped)
+        runText() += QLatin1StringView(m_data.constData() + start, m_pos - start);
+}
+
+QString &RtfReader::runText()
+{
+    const quint32 colour = m_groups.back().colour;
     QList<RtfRun> &runs = m_document.runs;
-    if (runs.isEmpty() || runs.last().colour != group.colour)
-        runs.append(RtfRun{QString(), group.colour});
-    runs.last().text += c;
+    if (runs.isEmpty() || runs.last().colour != colour)
+        runs.append(RtfRun{QString(), colour});
+    return runs.last().text;
 }
 
 void RtfReader::tableText(char c)
