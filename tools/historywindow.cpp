@@ -3,9 +3,9 @@
 #include "historylog.h"
 #include "wincolor.h"
 
+#include <QPlainTextEdit>
 #include <QScrollBar>
 #include <QTextBlock>
-#include <QTextEdit>
 
 namespace {
 
@@ -19,7 +19,7 @@ QTextCharFormat inColour(quint32 colour)
 } // namespace
 
 HistoryWindow::HistoryWindow(HistoryLog &log, QWidget *parent)
-    : QWidget(parent), m_log(log), m_texto(new QTextEdit(this))
+    : QWidget(parent), m_log(log), m_texto(new QPlainTextEdit(this))
 {
     setObjectName(QStringLiteral("historial"));
     setWindowTitle(QStringLiteral("Historial"));
@@ -64,8 +64,10 @@ void HistoryWindow::showAppended(const QString &text, quint32 colour)
     // Follow the end only when the person is looking at it.
     QScrollBar *bar = m_texto->verticalScrollBar();
     const bool atEnd = bar->value() == bar->maximum();
-    QTextCursor cursor(m_texto->document());
-    cursor.movePosition(QTextCursor::End);
+    // Positions rather than cursor moves: a move lays out the line it starts from.
+    QTextDocument *document = m_texto->document();
+    QTextCursor cursor(document);
+    cursor.setPosition(document->characterCount() - 1);
     cursor.insertText(text, inColour(colour));
     if (atEnd)
         bar->setValue(bar->maximum());
@@ -73,7 +75,12 @@ void HistoryWindow::showAppended(const QString &text, quint32 colour)
 
 void HistoryWindow::removeFirstLines(int count)
 {
-    QTextCursor cursor(m_texto->document());
-    cursor.movePosition(QTextCursor::NextBlock, QTextCursor::KeepAnchor, count);
+    QTextDocument *document = m_texto->document();
+    const QTextBlock next = document->findBlockByNumber(count);
+    QTextCursor cursor(document);
+    cursor.beginEditBlock();
+    cursor.setPosition(next.isValid() ? next.position() : document->characterCount() - 1,
+                       QTextCursor::KeepAnchor);
     cursor.removeSelectedText();
+    cursor.endEditBlock();
 }

@@ -4,7 +4,7 @@
 #include <QWidget>
 
 class HistoryLog;
-class QTextEdit;
+class QPlainTextEdit;
 
 // The window "historial": the history log in the read-only rich-text box `texto`, which the
 // person can select and copy from. It follows the log line by line instead of redrawing it.
@@ -28,5 +28,5 @@ private:
     void removeFirstLines(int count);
 
     HistoryLog &m_log;
-    QTextEdit *m_texto;
+    QPlainTextEdit *m_texto;
 };

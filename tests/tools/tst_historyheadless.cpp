@@ -5,11 +5,11 @@
 #include "settings.h"
 
 #include <QDir>
+#include <QPlainTextEdit>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTextEdit>
 #include <csignal>
 
 namespace {
@@ -82,7 +82,8 @@ void TestHistoryHeadless::windowShowsTheHeadlessRun()
     HistoryLog log(settings, desktop);
     log.open();
     HistoryWindow window(log);
-    const QString described = describeDocument(*window.findChild<QTextEdit *>("texto")->document());
+    const QString described =
+        describeDocument(*window.findChild<QPlainTextEdit *>("texto")->document());
     shown.replace("URL", server.url("f.bin")).replace("PATH", path);
     QVERIFY2(linesLike(shown).match(described).hasMatch(), qPrintable(described));
     QVERIFY(desktop.calls.isEmpty());

@@ -4,10 +4,10 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QPlainTextEdit>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
-#include <QTextEdit>
 
 class TestHistoryWindow : public QObject
 {
@@ -32,7 +32,7 @@ void TestHistoryWindow::showsTheFileInColour()
     HistoryWindow window(f.log);
     QCOMPARE(window.objectName(), "historial");
     QCOMPARE(window.windowTitle(), "Historial");
-    auto *texto = window.findChild<QTextEdit *>("texto");
+    auto *texto = window.findChild<QPlainTextEdit *>("texto");
     QVERIFY(texto && texto->isReadOnly());
     QCOMPARE(describeDocument(*texto->document()),
              "255:Iniciado a las 10:00:00 el 05/01/2024\r\n"
@@ -63,7 +63,7 @@ void TestHistoryWindow::followsTheLog()
     HistoryFixture f;
     f.settings.histsize = histsize;
     HistoryWindow window(f.log);
-    const QTextDocument &shown = *window.findChild<QTextEdit *>("texto")->document();
+    const QTextDocument &shown = *window.findChild<QPlainTextEdit *>("texto")->document();
     QRandomGenerator random(seed);
     const QStringList words{"Descargando", "ñ", "{x}", "\t", "€", "\r", "\n", "\r\n", " ", "99"};
     const QList<quint32> colours{HistoryColour::Red, HistoryColour::Black, HistoryColour::Green};
@@ -86,7 +86,7 @@ void TestHistoryWindow::appendsWithoutRedrawing()
     for (int i = 0; i < 50; ++i)
         f.log.append(QStringLiteral("\r\nDescargando %1").arg(i), HistoryColour::Black);
     HistoryWindow window(f.log);
-    QTextDocument &shown = *window.findChild<QTextEdit *>("texto")->document();
+    QTextDocument &shown = *window.findChild<QPlainTextEdit *>("texto")->document();
     const int before = shown.characterCount();
     QSignalSpy changes(&shown, &QTextDocument::contentsChange);
     f.log.append("\r\nConfiguración cambiada a las 09:03:08", HistoryColour::Black);
@@ -104,7 +104,7 @@ void TestHistoryWindow::personSelectsAndCopies()
     HistoryWindow window(f.log);
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
-    auto *texto = window.findChild<QTextEdit *>("texto");
+    auto *texto = window.findChild<QPlainTextEdit *>("texto");
     texto->setFocus();
     // Typing changes nothing: the box is the program's to write.
     QTest::keyClicks(texto, "hola");
@@ -135,7 +135,7 @@ void TestHistoryWindow::resizeRule()
     window.show();
     window.resize(inner);
     QCOMPARE(window.size(), inner);
-    QTEST(window.findChild<QTextEdit *>("texto")->geometry(), "texto");
+    QTEST(window.findChild<QPlainTextEdit *>("texto")->geometry(), "texto");
 }
 
 QTEST_MAIN(TestHistoryWindow)
