@@ -37,7 +37,9 @@ HistoryWindow::HistoryWindow(HistoryLog &log, QWidget *parent)
 
 QRect HistoryWindow::textoGeometry(const QSize &inner)
 {
-    return QRect(0, 0, std::max(0, inner.width() - twipsToPixels(120)),
+    // The box sits centred across, at the same distance from the top as from the sides.
+    const int margin = twipsToPixels(60);
+    return QRect(margin, margin, std::max(0, inner.width() - twipsToPixels(120)),
                  std::max(0, inner.height() - twipsToPixels(500)));
 }
 

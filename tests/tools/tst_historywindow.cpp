@@ -121,10 +121,10 @@ void TestHistoryWindow::resizeRule_data()
 {
     QTest::addColumn<QSize>("inner");
     QTest::addColumn<QRect>("texto");
-    // 120 twips are 8 pixels, 500 twips 33.
-    QTest::newRow("usual") << QSize(640, 360) << QRect(0, 0, 632, 327);
-    QTest::newRow("wide") << QSize(1200, 200) << QRect(0, 0, 1192, 167);
-    QTest::newRow("smaller than the margins") << QSize(5, 20) << QRect(0, 0, 0, 0);
+    // 120 twips are 8 pixels, 500 twips 33; the box is 4 pixels in from the left and top.
+    QTest::newRow("usual") << QSize(640, 360) << QRect(4, 4, 632, 327);
+    QTest::newRow("wide") << QSize(1200, 200) << QRect(4, 4, 1192, 167);
+    QTest::newRow("smaller than the margins") << QSize(5, 20) << QRect(4, 4, 0, 0);
 }
 
 void TestHistoryWindow::resizeRule()
