@@ -32,7 +32,6 @@ public:
     // Writes the closing line and the file at `histrut`; false when the file could not be
     // written (the person has been told why). Lines appended afterwards are dropped.
     bool close();
-    bool isOpen() const { return m_state == State::Open; }
 
     // A history line: an optional leading CR LF (in the colour of the text before it), then
     // `text` in `colour`. The first line opens the log.

@@ -6,7 +6,7 @@
 class HistoryLog;
 class QPlainTextEdit;
 
-// The window "historial": the history log in the read-only rich-text box `texto`, which the
+// The window "historial": the history log in colour in the read-only box `texto`, which the
 // person can select and copy from. It follows the log line by line instead of redrawing it.
 class HistoryWindow final : public QWidget
 {

@@ -32,6 +32,11 @@ template <typename Write> void encode(QStringView text, Write &&write)
     }
 }
 
+void appendText(QByteArray &out, QStringView text)
+{
+    encode(text, [&out](QByteArrayView piece) { out.append(piece); });
+}
+
 } // namespace
 
 namespace Rtf {
@@ -54,11 +59,6 @@ QByteArray colourWord(qsizetype tableIndex)
 {
     // Entry 0 of the written table is the automatic colour, so the first colour is \cf1.
     return "\\cf" + QByteArray::number(tableIndex + 1) + ' ';
-}
-
-void appendText(QByteArray &out, QStringView text)
-{
-    encode(text, [&out](QByteArrayView piece) { out.append(piece); });
 }
 
 qsizetype textLength(QStringView text)

@@ -38,7 +38,6 @@ std::optional<RtfDocument> read(const QByteArray &data);
 // the trailer. Text whose CR LF pairs are not split between two calls adds up exactly.
 QByteArray header(const QList<quint32> &colours);
 QByteArray colourWord(qsizetype tableIndex);
-void appendText(QByteArray &out, QStringView text);
 qsizetype textLength(QStringView text);
 inline constexpr QByteArrayView Trailer = "}\r\n";
 

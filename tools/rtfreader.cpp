@@ -114,9 +114,7 @@ RtfDocument RtfReader::read()
             m_groups.pop_back();
             m_fallbackLeft = 0;
             if (m_groups.empty())
-                break;
-        } else if (m_groups.empty()) {
-            break; // text outside the document's group
+                break; // the document's group is closed: the rest is not part of it
         } else if (c == '\\') {
             controlWord();
         } else if (c != '\r' && c != '\n') {
@@ -130,9 +128,9 @@ RtfDocument RtfReader::read()
         }
     }
     // Colours as our writer numbers them: its table starts with the automatic entry.
-    for (size_t i = 0; i < m_table.size(); ++i) {
-        if (m_table[i] && !m_document.colours.contains(*m_table[i]))
-            m_document.colours.append(*m_table[i]);
+    for (const std::optional<quint32> &entry : m_table) {
+        if (entry && !m_document.colours.contains(*entry))
+            m_document.colours.append(*entry);
     }
     return std::move(m_document);
 }

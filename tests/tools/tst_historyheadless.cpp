@@ -1,4 +1,5 @@
 #include "fakedesktop.h"
+#include "historylog.h"
 #include "historyview.h"
 #include "historywindow.h"
 #include "scriptedhttpserver.h"
@@ -82,8 +83,7 @@ void TestHistoryHeadless::windowShowsTheHeadlessRun()
     HistoryLog log(settings, desktop);
     log.open();
     HistoryWindow window(log);
-    const QString described =
-        describeDocument(*window.findChild<QPlainTextEdit *>("texto")->document());
+    const QString described = describe(*window.findChild<QPlainTextEdit *>("texto")->document());
     shown.replace("URL", server.url("f.bin")).replace("PATH", path);
     QVERIFY2(linesLike(shown).match(described).hasMatch(), qPrintable(described));
     QVERIFY(desktop.calls.isEmpty());
