@@ -28,13 +28,15 @@ RowFactory plainRows()
 } // namespace
 
 Headless::Headless(const ProgramFolder &folder, const QStringList &urls, QObject *parent)
-    : QObject(parent), m_urls(urls), m_history(m_desktop), m_settings(folder, m_desktop, m_history),
+    : QObject(parent), m_urls(urls), m_console(m_desktop), m_history(m_console),
+      m_settings(folder, m_desktop, m_history), m_log(m_settings.settings(), m_desktop),
       m_inactive(m_settings.settings(), m_desktop, m_history, folder, plainRows()),
       m_active(m_settings.settings(), m_desktop, m_history, folder, plainRows()),
       m_quick(m_active, m_inactive, m_settings.settings(), m_desktop, m_history), m_out(stdout),
       m_terminal(::isatty(STDOUT_FILENO))
 {
     m_out.setEncoding(QStringConverter::System);
+    m_history.setLog(&m_log);
     m_active.setInactiveList(&m_inactive);
     m_inactive.setActiveList(&m_active);
 
@@ -92,6 +94,7 @@ int Headless::exec()
 void Headless::startUp()
 {
     m_settings.load();
+    m_log.open();
     m_inactive.load();
     m_active.load();
     for (const QString &url : std::as_const(m_urls)) {
@@ -203,5 +206,6 @@ void Headless::end(int status)
     m_active.stopAll();
     m_active.guardar_lista_activas();
     m_inactive.guardar_lista_inactivas();
+    m_log.close();
     QCoreApplication::exit(status);
 }

@@ -2,6 +2,7 @@
 
 #include "activelist.h"
 #include "consoledesktop.h"
+#include "historylog.h"
 #include "inactivelist.h"
 #include "quickadd.h"
 #include "settingsmodel.h"
@@ -37,10 +38,31 @@ private:
     void stopOnSignal();
     void end(int status);
 
+    // Every history line goes to stderr and, once the log exists, to the log file the windows
+    // show. The log comes later because it reads the settings, which write history lines.
+    class BothHistories final : public HistorySink
+    {
+    public:
+        explicit BothHistories(HistorySink &console) : m_console(console) {}
+        void setLog(HistoryLog *log) { m_log = log; }
+        void append(const QString &text, quint32 colour) override
+        {
+            m_console.append(text, colour);
+            if (m_log)
+                m_log->append(text, colour);
+        }
+
+    private:
+        HistorySink &m_console;
+        HistoryLog *m_log = nullptr;
+    };
+
     QStringList m_urls;
     ConsoleDesktop m_desktop;
-    ConsoleHistory m_history;
+    ConsoleHistory m_console;
+    BothHistories m_history;
     SettingsModel m_settings;
+    HistoryLog m_log;
     InactiveList m_inactive;
     ActiveList m_active;
     QuickAdd m_quick;
