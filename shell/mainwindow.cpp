@@ -191,17 +191,26 @@ void MainWindow::tile(Qt::Orientation orientation)
     }
     if (shown.isEmpty())
         return;
-    const QRect area = m_mdi->viewport()->rect();
-    const int count = int(shown.size());
-    for (int i = 0; i < count; ++i) {
-        shown[i]->showNormal();
-        if (orientation == Qt::Horizontal) {
-            const int top = area.height() * i / count;
-            shown[i]->setGeometry(0, top, area.width(), area.height() * (i + 1) / count - top);
-        } else {
-            const int left = area.width() * i / count;
-            shown[i]->setGeometry(left, 0, area.width() * (i + 1) / count - left, area.height());
-        }
+    // Each window gets at least what it needs, and an equal share of the room left over; when
+    // there is none, the area scrolls.
+    const bool stacked = orientation == Qt::Horizontal;
+    const QSize area = m_mdi->viewport()->size();
+    const auto extent = [stacked](const QSize &size) {
+        return stacked ? size.height() : size.width();
+    };
+    int needed = 0;
+    for (QMdiSubWindow *sub : std::as_const(shown))
+        needed += extent(sub->minimumSizeHint());
+    const int share = std::max(0, extent(area) - needed) / int(shown.size());
+    int at = 0;
+    for (QMdiSubWindow *sub : std::as_const(shown)) {
+        sub->showNormal();
+        const int length = extent(sub->minimumSizeHint()) + share;
+        if (stacked)
+            sub->setGeometry(0, at, area.width(), length);
+        else
+            sub->setGeometry(at, 0, length, area.height());
+        at += length;
     }
 }
 

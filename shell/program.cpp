@@ -1,13 +1,18 @@
 #include "program.h"
 
 #include "aboutwindow.h"
+#include "activewindow.h"
 #include "cfgwindow.h"
+#include "detailwindow.h"
 #include "failure.h"
+#include "historywindow.h"
 #include "homepage.h"
+#include "inactivewindow.h"
 #include "linkgrabberwindow.h"
 #include "mainactions.h"
 #include "mainwindow.h"
 #include "splashwindow.h"
+#include "statswindow.h"
 #include "stopsignals.h"
 #include "systemtray.h"
 #include "viewswitches.h"
@@ -20,20 +25,25 @@
 
 Program::Program(const ProgramFolder &folder, const QStringList &urls, QObject *parent)
     : QObject(parent), m_folder(folder), m_urls(urls), m_desktop(folder),
-      m_history(&m_pendingHistory), m_settings(folder, m_desktop, *m_history),
-      m_inactive(m_settings.settings(), m_desktop, *m_history, folder,
-                 [](int) { return std::make_unique<RowState>(); }),
-      m_active(m_settings.settings(), m_desktop, *m_history, folder,
-               [](int) { return std::make_unique<RowState>(); }),
-      m_quick(m_active, m_inactive, m_settings.settings(), m_desktop, *m_history),
-      m_newurl({m_active, m_inactive, m_settings.settings(), m_desktop, *m_history}),
-      m_all(m_active, m_inactive, m_desktop, *m_history)
+      m_settings(folder, m_desktop, m_history), m_log(m_settings.settings(), m_desktop),
+      m_inactive(m_settings.settings(), m_desktop, m_log, folder, plainRows()),
+      m_active(m_settings.settings(), m_desktop, m_log, folder, plainRows()),
+      m_quick(m_active, m_inactive, m_settings.settings(), m_desktop, m_log),
+      m_newurl({m_active, m_inactive, m_settings.settings(), m_desktop, m_log}),
+      m_all(m_active, m_inactive, m_desktop, m_log)
 {
+    m_history.log = &m_log;
     m_active.setInactiveList(&m_inactive);
     m_inactive.setActiveList(&m_active);
 }
 
 Program::~Program() = default;
+
+RowFactory Program::plainRows()
+{
+    // Until the list windows give their own: nothing is loaded before they exist.
+    return [](int) { return std::make_unique<RowState>(); };
+}
 
 void Program::start()
 {
@@ -47,15 +57,24 @@ void Program::build()
     m_main = std::make_unique<MainWindow>();
     m_desktop.setMainWindow(m_main.get());
     m_desktop.setGetunload([this] { return m_main->getunload(); });
+    // The windows load in this order; each list window reads its own list as it loads, and the
+    // settings window reads the settings file and stays, hidden, for the whole run.
     m_main->addChild(ViewSwitches::viewweb,
                      new WebWindow([this](const QString &url) { return añadir(url); },
                                    m_active.notifier(), m_desktop, homePage(m_folder.dataDir())));
-    // The windows load in this order; each list window reads its own list as it loads, and the
-    // settings window reads the settings file and stays, hidden, for the whole run.
+    m_detallado = new DetailWindow(m_main.get());
+    m_main->addChild(ViewSwitches::viewinactivas,
+                     new InactiveWindow(m_inactive, m_active, *m_detallado));
     m_inactive.load();
+    auto *activas = new ActiveWindow(m_active, *m_detallado);
+    m_apagar = activas->apagarAction();
+    m_main->addChild(ViewSwitches::viewactivas, activas);
     m_active.load();
     m_cfg = new CfgWindow(m_settings, m_desktop, m_main.get());
     m_settings.load();
+    m_log.open();
+    m_main->addChild(ViewSwitches::viewhist, new HistoryWindow(m_log));
+    m_main->addChild(ViewSwitches::viewestadisticas, new StatsWindow(m_active));
     m_active.startTimers();
 
     m_about = new AboutWindow(m_main.get());
@@ -139,8 +158,10 @@ void Program::shutdown()
     m_active.stopAll();
     m_active.guardar_lista_activas();
     m_inactive.guardar_lista_inactivas();
+    m_log.close();
     delete m_about;
     delete m_cfg;
+    delete m_detallado;
     m_desktop.unloadFolder();
     delete m_listado;
     delete m_splash;

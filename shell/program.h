@@ -2,6 +2,7 @@
 
 #include "activelist.h"
 #include "alldownloads.h"
+#include "historylog.h"
 #include "historysink.h"
 #include "inactivelist.h"
 #include "newurl.h"
@@ -17,7 +18,9 @@
 #include <memory>
 
 class AboutWindow;
+class QAction;
 class CfgWindow;
+class DetailWindow;
 class FileListWindow;
 class LinkGrabberWindow;
 class MainWindow;
@@ -49,6 +52,7 @@ public:
     MainWindow *mainWindow() const { return m_main.get(); }
 
 private:
+    static RowFactory plainRows();
     void build();
     bool restoreViews();
     bool restoreQuickList();
@@ -64,12 +68,20 @@ private:
     ProgramFolder m_folder;
     QStringList m_urls;
     QtDesktop m_desktop;
-    struct PendingHistory : HistorySink
+    // The settings write history lines and the log reads the settings: lines reach the log
+    // through this, pointed at it once both exist.
+    class ToLog final : public HistorySink
     {
-        void append(const QString &, quint32) override {}
-    } m_pendingHistory;
-    HistorySink *m_history;
+    public:
+        HistoryLog *log = nullptr;
+        void append(const QString &text, quint32 colour) override
+        {
+            if (log)
+                log->append(text, colour);
+        }
+    } m_history;
     SettingsModel m_settings;
+    HistoryLog m_log;
     InactiveList m_inactive;
     ActiveList m_active;
     QuickAdd m_quick;
@@ -85,6 +97,8 @@ private:
     FileListWindow *m_oldsupport = nullptr;
     AboutWindow *m_about = nullptr;
     SystemTray *m_tray = nullptr;
+    DetailWindow *m_detallado = nullptr;
+    QAction *m_apagar = nullptr;
     StopSignals *m_stopSignals = nullptr;
     bool m_ended = false;
 };

@@ -33,6 +33,8 @@ void Program::wireMenus()
     });
     on("loadlist", &Program::showFileList);
     on("listado", &Program::showListado);
+    on("savehist", [this] { m_log.savehist(); });
+    on("delhist", [this] { m_log.clear(); });
     on("detall", [this] { m_all.detall(); });
     on("detact", [this] { m_all.detact(); });
     on("detinactivas", [this] { m_all.detinactivas(); });
@@ -57,7 +59,7 @@ void Program::wireMenus()
     }
     showRecent();
 
-    m_tray = new SystemTray(*m_main, actions.ultimas(), new QAction(this), actions["ayudab"],
+    m_tray = new SystemTray(*m_main, actions.ultimas(), m_apagar, actions["ayudab"],
                             actions["acercade"], actions["salir"]);
     on("hidesys", [this] { m_tray->hideMainWindow(); });
 

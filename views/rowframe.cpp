@@ -72,6 +72,14 @@ void RowFrame::reordenar_indicador(const QList<QWidget *> &rows, int highestInde
     placeRows();
 }
 
+QSize RowFrame::minimumSizeHint() const
+{
+    constexpr int ShownRows = 2;
+    const int frame = 2 * frameWidth();
+    return {twipsToPixels(4 * download::PercentWidth) + frame,
+            twipsToPixels((ShownRows + 1) * RowPitch) + frame};
+}
+
 int RowFrame::visibleRows() const
 {
     const int height = contentsRect().height() - m_header->height();

@@ -24,6 +24,8 @@ public:
     QScrollBar *scroll() const { return m_scroll; }
     // The widget the rows are children of.
     QWidget *rowParent() { return this; }
+    // Room for the headers and a few rows, however small the window is made.
+    QSize minimumSizeHint() const override;
 
 Q_SIGNALS:
     // A click on the frame outside every row.
