@@ -1,7 +1,9 @@
 #include "browserstartup.h"
 #include "commandline.h"
 #include "headless.h"
+#include "mainwindow.h"
 #include "program.h"
+#include "qtdesktop.h"
 #include "singleinstance.h"
 
 #include <QApplication>
@@ -94,7 +96,13 @@ int runWindows(int argc, char *argv[], const CommandLine &command)
             return 0;
         return refuse(alreadyRunning(folder), AlreadyRunning, true);
     }
-    Program program(folder, command.urls);
+    QtDesktop desktop(folder);
+    Program program(folder, command.urls, desktop);
+    QObject::connect(&program, &Program::mainWindowReady, &desktop, [&desktop](MainWindow *main) {
+        desktop.setMainWindow(main);
+        desktop.setGetunload([main] { return main->getunload(); });
+    });
+    QObject::connect(&program, &Program::unloadFolder, &desktop, &QtDesktop::unloadFolder);
     InstanceChannel channel(folder);
     QObject::connect(&channel, &InstanceChannel::received, &program, &Program::handOver);
     channel.listen();

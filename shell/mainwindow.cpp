@@ -4,6 +4,7 @@
 
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMdiArea>
@@ -68,9 +69,10 @@ void MainWindow::buildQuickBar()
     m_quickbar->addWidget(m_quickadd);
     m_quickbar->addWidget(m_addquick);
 
-    const auto request = [this] { Q_EMIT quickAddRequested(m_quickadd->currentText()); };
-    connect(m_addquick, &QPushButton::clicked, this, request);
-    connect(m_quickadd->lineEdit(), &QLineEdit::returnPressed, this, request);
+    connect(m_addquick, &QPushButton::clicked, this,
+            [this] { Q_EMIT quickAddRequested(m_quickadd->currentText()); });
+    // Enter is taken here: the box would hand it on and the address would be added twice.
+    m_quickadd->lineEdit()->installEventFilter(this);
 }
 
 void MainWindow::buildStatusBar()
@@ -150,6 +152,13 @@ void MainWindow::bringForward(ViewSwitches::Switch which)
 
 bool MainWindow::eventFilter(QObject *watched, QEvent *event)
 {
+    if (watched == m_quickadd->lineEdit() && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            Q_EMIT quickAddRequested(m_quickadd->currentText());
+            return true;
+        }
+    }
     // A child window closed by its own close box: hidden, and its switch follows.
     if (event->type() == QEvent::Close && !m_closing) {
         for (int i = 0; i < ViewSwitches::Count; ++i) {

@@ -23,8 +23,9 @@
 #include <QFileInfo>
 #include <QLineEdit>
 
-Program::Program(const ProgramFolder &folder, const QStringList &urls, QObject *parent)
-    : QObject(parent), m_folder(folder), m_urls(urls), m_desktop(folder),
+Program::Program(const ProgramFolder &folder, const QStringList &urls, Desktop &desktop,
+                 QObject *parent)
+    : QObject(parent), m_folder(folder), m_urls(urls), m_desktop(desktop),
       m_settings(folder, m_desktop, m_history), m_log(m_settings.settings(), m_desktop),
       m_inactive(m_settings.settings(), m_desktop, m_log, folder, plainRows()),
       m_active(m_settings.settings(), m_desktop, m_log, folder, plainRows()),
@@ -55,8 +56,7 @@ void Program::start()
 void Program::build()
 {
     m_main = std::make_unique<MainWindow>();
-    m_desktop.setMainWindow(m_main.get());
-    m_desktop.setGetunload([this] { return m_main->getunload(); });
+    Q_EMIT mainWindowReady(m_main.get());
     // The windows load in this order; each list window reads its own list as it loads, and the
     // settings window reads the settings file and stays, hidden, for the whole run.
     m_main->addChild(ViewSwitches::viewweb,
@@ -162,7 +162,7 @@ void Program::shutdown()
     delete m_about;
     delete m_cfg;
     delete m_detallado;
-    m_desktop.unloadFolder();
+    Q_EMIT unloadFolder();
     delete m_listado;
     delete m_splash;
     try {

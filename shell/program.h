@@ -2,12 +2,12 @@
 
 #include "activelist.h"
 #include "alldownloads.h"
+#include "desktop.h"
 #include "historylog.h"
 #include "historysink.h"
 #include "inactivelist.h"
 #include "newurl.h"
 #include "programfolder.h"
-#include "qtdesktop.h"
 #include "quickadd.h"
 #include "quicklist.h"
 #include "recentdownloads.h"
@@ -38,7 +38,8 @@ class Program final : public QObject
 
 public:
     // `urls` are added once the main window is up, as the quick-add bar adds them.
-    Program(const ProgramFolder &folder, const QStringList &urls, QObject *parent = nullptr);
+    Program(const ProgramFolder &folder, const QStringList &urls, Desktop &desktop,
+            QObject *parent = nullptr);
     ~Program() override;
 
     // Shows the splash; its timer brings up the main window.
@@ -50,6 +51,12 @@ public:
     void handOver(const QStringList &urls);
 
     MainWindow *mainWindow() const { return m_main.get(); }
+
+Q_SIGNALS:
+    // The main window exists: dialogs can have it as their parent.
+    void mainWindowReady(MainWindow *window);
+    // Shutdown has come to the folder chooser's turn to go.
+    void unloadFolder();
 
 private:
     static RowFactory plainRows();
@@ -67,7 +74,7 @@ private:
 
     ProgramFolder m_folder;
     QStringList m_urls;
-    QtDesktop m_desktop;
+    Desktop &m_desktop;
     // The settings write history lines and the log reads the settings: lines reach the log
     // through this, pointed at it once both exist.
     class ToLog final : public HistorySink

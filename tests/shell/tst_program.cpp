@@ -112,7 +112,7 @@ void TestProgram::secondStartHandsOver()
     });
     Corvane first(m_x, home.dir.path(), {});
     QTRY_VERIFY_WITH_TIMEOUT(
-        m_x.run("xdotool", {"search", "--onlyvisible", "--name", "^Corvane$"}) == 0, 10000);
+        m_x.run("xdotool", {"search", "--onlyvisible", "--name", "^Corvane$"}) == 0, 30000);
 
     // A second start on the same folder hands its addresses over and ends at once.
     QProcess second;
