@@ -44,9 +44,22 @@ void Transfer::wsConnected()
 
 void Transfer::wsReadyRead()
 {
-    // A secure socket keeps what it has decrypted and signals only for new data, so it is read
-    // empty now; the plain socket is unbuffered and the kernel wakes it again for the rest.
-    while (readChunk() && m_tls && m_tls->bytesAvailable() > 0) {
+    if (!m_tls) {
+        readChunk();
+        return;
+    }
+    // A secure socket signals for every few kilobytes it decrypts, and not again for what it
+    // keeps: its bytes are taken once it has decrypted all that arrived, in large chunks.
+    if (!m_tlsReadQueued) {
+        m_tlsReadQueued = true;
+        QMetaObject::invokeMethod(this, &Transfer::readTls, Qt::QueuedConnection);
+    }
+}
+
+void Transfer::readTls()
+{
+    m_tlsReadQueued = false;
+    while (m_tls && m_tls->bytesAvailable() > 0 && readChunk()) {
     }
 }
 

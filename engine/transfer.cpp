@@ -13,6 +13,12 @@
 
 namespace {
 
+// What a secure socket reads and decrypts ahead. It allocates its buffers afresh for every read:
+// under the C library's 128 KiB threshold they are reused from the heap, larger ones went back to
+// the kernel each time (1 GiB cost 550 000 page faults at 128 KiB and more, 2 400 at 64 KiB,
+// and a third less CPU).
+constexpr qint64 TlsBuffer = 64 * 1024;
+
 // A close of our own must not look like a close by the server: no signal leaves the socket.
 void closeQuietly(QAbstractSocket &socket)
 {
@@ -106,6 +112,7 @@ void Transfer::openTls(const QString &host, quint16 port)
 {
     m_tls = new QSslSocket(this);
     m_tls->setSslConfiguration(secureConfiguration());
+    m_tls->setReadBufferSize(TlsBuffer);
     connect(m_tls, &QSslSocket::encrypted, this, &Transfer::wsConnected);
     connect(m_tls, &QSslSocket::readyRead, this, &Transfer::wsReadyRead);
     connect(m_tls, &QSslSocket::disconnected, this, &Transfer::wsClosedByPeer);

@@ -59,6 +59,7 @@ private:
     // HTTP, and the data connection of FTP.
     void wsConnected();
     void wsReadyRead();
+    void readTls();
     bool readChunk();
     void takeChunk(QByteArrayView chunk);
     void wsClosedByPeer();
@@ -87,6 +88,7 @@ private:
     QTcpSocket m_ws;
     // The connection of an https:// address, a fresh socket for every attempt; null otherwise.
     QPointer<QSslSocket> m_tls;
+    bool m_tlsReadQueued = false;
     QTcpSocket m_ftp;
     QTimer m_redo;
     int m_redoTag;
