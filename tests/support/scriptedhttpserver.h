@@ -46,7 +46,6 @@ public:
     const QList<QByteArray> &requests() const { return m_requests; }
     // Connections opened, also those that never sent a request.
     int connections() const { return m_connections; }
-    void setHandler(Handler handler) { m_handler = std::move(handler); }
 
     // The start of the Range line of a request, 0 without one.
     static qint64 rangeStart(const QByteArray &request);
