@@ -5,9 +5,11 @@
 #include "transfer.h"
 
 #include <QSignalSpy>
+#include <QSslServer>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTest>
+#include <unistd.h>
 
 namespace {
 
@@ -236,6 +238,8 @@ void TestHttp::secureFailures_data()
                                                          << "";
     QTest::newRow("plain text instead of a handshake") << "plain text"
                                                        << "";
+    QTest::newRow("garbage after the handshake") << "garbage"
+                                                 << "";
 }
 
 void TestHttp::secureFailures()
@@ -243,26 +247,36 @@ void TestHttp::secureFailures()
     QFETCH(QString, server);
     QFETCH(QString, reason);
     TestAuthority other;
-    const ServerCertificate certificate = server == "other authority"
-                                              ? other.issue("otra", "IP:127.0.0.1")
-                                              : m_trusted.issue("otro", "DNS:otro.invalid");
+    const ServerCertificate certificate =
+        server == "other authority" ? other.issue("otra", "IP:127.0.0.1")
+        : server == "other name"    ? m_trusted.issue("otro", "DNS:otro.invalid")
+                                    : m_local;
     QVERIFY2(other.ok() && m_trusted.ok(), qPrintable(other.error() + m_trusted.error()));
     ScriptedHttpServer tls(servingFile(true, false), certificate.configuration());
-    QTcpServer raw;
-    raw.listen(QHostAddress::LocalHost, 0);
+    // A server that says nothing, answers in plain text, or sends bytes that are no TLS record
+    // once the handshake is done.
+    auto raw =
+        server == "garbage" ? std::make_unique<QSslServer>() : std::make_unique<QTcpServer>();
+    if (server == "garbage")
+        static_cast<QSslServer &>(*raw).setSslConfiguration(m_local.configuration());
+    raw->listen(QHostAddress::LocalHost, 0);
     int rawConnections = 0;
-    connect(&raw, &QTcpServer::newConnection, &raw, [&] {
+    connect(raw.get(), &QTcpServer::pendingConnectionAvailable, raw.get(), [&] {
         ++rawConnections;
-        QTcpSocket *socket = raw.nextPendingConnection();
+        QTcpSocket *socket = raw->nextPendingConnection();
         if (server == "plain text")
             socket->write("HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\nhola");
+        if (server == "garbage") {
+            [[maybe_unused]] const auto sent =
+                ::write(int(socket->socketDescriptor()), "HTTP/1.1 200 OK\r\n\r\nhola", 23);
+        }
     });
     EngineFixture f;
     f.settings.waitv = 5;
     QSignalSpy status(&f.active, &ActiveList::statusText);
     QSignalSpy failed(&f.active, &ActiveList::downloadFailed);
     const QString url = reason.isEmpty()
-                            ? QStringLiteral("https://127.0.0.1:%1/f.bin").arg(raw.serverPort())
+                            ? QStringLiteral("https://127.0.0.1:%1/f.bin").arg(raw->serverPort())
                             : tls.url("f.bin");
     f.active.addnew(url, f.path("f.bin"), 0, 0, false, 0, false, "", "", false);
     Transfer &transfer = *f.active.transferAt(1);
@@ -273,7 +287,7 @@ void TestHttp::secureFailures()
     }
     QTRY_VERIFY(f.row(1).redoend() || transfer.redoActive());
     // Nothing could pass for the download.
-    QVERIFY(!QFile::exists(f.path("f.bin")));
+    QCOMPARE(f.read("f.bin"), QByteArray());
     QVERIFY(!f.row(1).finalizado());
     QCOMPARE(f.row(1).redoend(), !reason.isEmpty());
     if (reason.isEmpty())
@@ -283,10 +297,11 @@ void TestHttp::secureFailures()
     QCOMPARE(status.last().at(1).toString(), text);
     QCOMPARE(f.desktop.callsOf("showMessageWindow"), QStringList{text + "|"});
     QCOMPARE(failed.size(), 1);
-    // Final at once: one connection, and no retry waiting.
+    // Final at once: one connection, no retry waiting, and not even an empty file.
     QTest::qWait(100);
     QCOMPARE(tls.connections(), 1);
     QVERIFY(!transfer.redoActive());
+    QVERIFY(!QFile::exists(f.path("f.bin")));
 }
 
 void TestHttp::replyEnds_data()
