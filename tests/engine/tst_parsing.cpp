@@ -195,7 +195,7 @@ void TestParsing::chunked_data()
     QTest::newRow("size absurdly large")
         << QByteArray("1FFFFFFFFFFFFFFFF\r\nabc") << QByteArray() << "failed";
     QTest::newRow("chunk longer than its size")
-        << QByteArray("3\r\nabcd\r\n0\r\n\r\n") << QByteArray("abc") << "failed";
+        << QByteArray("3\r\nabcd1\r\nx\r\n0\r\n\r\n") << QByteArray("abc") << "failed";
     QTest::newRow("empty size line") << QByteArray("\r\nabc") << QByteArray() << "failed";
 }
 
