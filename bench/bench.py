@@ -35,6 +35,7 @@ SCENARIOS = {
     "a": "1 GiB file over HTTP, written to disk",
     "b": "1 GiB file over FTP, written to disk",
     "c": f"{MANY_COUNT} files of 25 MiB at once over HTTP",
+    "d": "1 GiB file over HTTPS, written to disk",
 }
 CLIENTS = ["corvane", "curl", "wget"]
 TIME = "/usr/bin/time"
@@ -205,6 +206,8 @@ class Servers:
         self.python = python
         self.procs = []
         self.http_port = None
+        self.https_port = None
+        self.ca_file = None
         self.ftp_port = None
 
     def _record(self, proc):
@@ -216,6 +219,8 @@ class Servers:
         ngx = os.path.join(self.state, "nginx")
         os.makedirs(os.path.join(ngx, "logs"), exist_ok=True)
         self.http_port = free_port()
+        self.https_port = free_port()
+        cert, key = self.make_certificate(ngx)
         temp_dirs = ""
         for kind in ("client_body", "proxy", "fastcgi", "uwsgi", "scgi"):
             d = os.path.join(ngx, f"{kind}_temp")
@@ -240,6 +245,13 @@ http {{
         root {self.data};
         location / {{ }}
     }}
+    server {{
+        listen 127.0.0.1:{self.https_port} ssl;
+        ssl_certificate {cert};
+        ssl_certificate_key {key};
+        root {self.data};
+        location / {{ }}
+    }}
 }}
 """)
         nginx = shutil.which("nginx") or "/usr/sbin/nginx"
@@ -249,6 +261,7 @@ http {{
                                 preexec_fn=_die_with_parent)
         self._record(proc)
         wait_for_port(self.http_port, proc, "nginx")
+        wait_for_port(self.https_port, proc, "nginx (TLS)")
 
         self.ftp_port = free_port()
         ftp_log = open(os.path.join(self.state, "ftp.log"), "w")
@@ -258,7 +271,25 @@ http {{
                                 start_new_session=True, preexec_fn=_die_with_parent)
         self._record(proc)
         wait_for_port(self.ftp_port, proc, "pyftpdlib")
-        log(f"  nginx on 127.0.0.1:{self.http_port}, pyftpdlib on 127.0.0.1:{self.ftp_port}")
+        log(f"  nginx on 127.0.0.1:{self.http_port} (TLS on {self.https_port}), "
+            f"pyftpdlib on 127.0.0.1:{self.ftp_port}")
+
+    def make_certificate(self, folder):
+        """A throw-away authority and a certificate for 127.0.0.1 that it signs (elliptic-curve
+        keys, as a web server would have today); the clients are told to trust the authority."""
+        ca_key, self.ca_file = os.path.join(folder, "ca.key"), os.path.join(folder, "ca.pem")
+        key, csr, cert = (os.path.join(folder, n) for n in ("server.key", "server.csr", "server.pem"))
+        ext = os.path.join(folder, "server.ext")
+        with open(ext, "w") as f:
+            f.write("subjectAltName=IP:127.0.0.1\n")
+        newkey = ["-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes"]
+        for cmd in (["req", "-x509"] + newkey + ["-keyout", ca_key, "-out", self.ca_file,
+                                                 "-days", "2", "-subj", "/CN=Bench CA"],
+                    ["req", "-new"] + newkey + ["-keyout", key, "-out", csr, "-subj", "/CN=127.0.0.1"],
+                    ["x509", "-req", "-in", csr, "-CA", self.ca_file, "-CAkey", ca_key,
+                     "-set_serial", "1", "-days", "2", "-extfile", ext, "-out", cert]):
+            subprocess.run(["openssl"] + cmd, check=True, capture_output=True)
+        return cert, key
 
     def stop(self):
         for proc in self.procs:
@@ -324,6 +355,8 @@ class Runner:
     # What each scenario fetches: list of (url, relative source path, destination name).
     def jobs(self, scenario):
         h = f"http://127.0.0.1:{self.servers.http_port}"
+        if scenario == "d":
+            return [(f"https://127.0.0.1:{self.servers.https_port}/{BIG_NAME}", BIG_NAME, BIG_NAME)]
         f = f"ftp://127.0.0.1:{self.servers.ftp_port}"
         if scenario == "a":
             return [(f"{h}/{BIG_NAME}", BIG_NAME, BIG_NAME)]
@@ -337,13 +370,16 @@ class Runner:
             return [[self.args.corvane, "--headless", "--home", self.home] + [u for u, _, _ in jobs]]
         if client == "curl":
             cmd = ["curl", "-sS", "--fail"]
+            if scenario == "d":
+                cmd += ["--cacert", self.servers.ca_file]
             if len(jobs) > 1:
                 cmd += ["--parallel", "--parallel-max", str(MANY_COUNT)]
             for url, _, name in jobs:
                 cmd += ["-o", os.path.join(self.dest, name), url]
             return [cmd]
         if client == "wget":
-            return [["wget", "-q", "-O", os.path.join(self.dest, name), url]
+            trust = [f"--ca-certificate={self.servers.ca_file}"] if scenario == "d" else []
+            return [["wget", "-q"] + trust + ["-O", os.path.join(self.dest, name), url]
                     for url, _, name in jobs]
         raise ValueError(client)
 
@@ -388,7 +424,9 @@ class Runner:
         # Each client runs under GNU time only for its peak RSS: a child's ru_maxrss from
         # wait4 would start at this script's own size, which the forked child inherits.
         rss_files = [os.path.join(self.state_dir, f"rss{i}") for i in range(len(cmds))]
-        self.running = [subprocess.Popen([TIME, "-f", "%M", "-o", rf] + c,
+        # Corvane trusts the test authority through SSL_CERT_FILE, as other programs allow.
+        env = dict(os.environ, SSL_CERT_FILE=self.servers.ca_file)
+        self.running = [subprocess.Popen([TIME, "-f", "%M", "-o", rf] + c, env=env,
                                          stdin=subprocess.DEVNULL, stdout=out,
                                          stderr=subprocess.STDOUT, start_new_session=True)
                         for c, rf in zip(cmds, rss_files)]
@@ -671,7 +709,7 @@ def main():
     ap.add_argument("--warmup", type=int, default=int(os.environ.get("WARMUP", "1")),
                     help="uncounted rounds first (the first run on a fresh machine is often "
                          "several times slower, whichever client it is)")
-    ap.add_argument("--scenarios", default=os.environ.get("SCENARIOS", "a,b,c"))
+    ap.add_argument("--scenarios", default=os.environ.get("SCENARIOS", "a,b,c,d"))
     ap.add_argument("--clients", default=os.environ.get("CLIENTS", ",".join(CLIENTS)))
     ap.add_argument("--no-wget-parallel", action="store_true",
                     default=os.environ.get("WGET_PARALLEL", "1") == "0",

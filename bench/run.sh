@@ -5,7 +5,7 @@
 #
 #   bash bench/run.sh [options of bench.py]
 #   env: ROUNDS (5), BENCH_DIR (/tmp/corvane-bench), CORVANE_BIN (and BENCH_REVISION, its
-#        label in the report), SCENARIOS (a,b,c),
+#        label in the report), SCENARIOS (a,b,c,d),
 #        CLIENTS (corvane,curl,wget), WGET_PARALLEL (1; 0 skips wget in c),
 #        BENCH_TIMEOUT (300 s per run), BENCH_QUIET_WAIT (30 s), PROFILE (0; 1 adds an
 #        strace profile of Corvane)

@@ -12,6 +12,19 @@
 
 #include <QPointer>
 
+namespace {
+
+// A download saved without its credentials (they were not to be remembered) comes back with an
+// empty user name; it logs in as one added by quick add does.
+FtpCredentials loginOf(const DownloadSlot &slot)
+{
+    if (slot.usernm.isEmpty())
+        return FtpCredentials();
+    return FtpCredentials{slot.usernm, slot.passw, false};
+}
+
+} // namespace
+
 void Transfer::ftpSend(const QString &text)
 {
     m_ftp.write(Ftp::command(text));
@@ -39,11 +52,12 @@ void Transfer::ftpReadyRead()
     DownloadSlot &s = slot();
     const QByteArray line = Ftp::lastLine(m_ftp.readAll());
     const int code = Ftp::replyCode(line);
+    const FtpCredentials login = loginOf(s);
     // The tests follow one another on the same reply; an earlier one can set up a later one.
     if (code == 220)
-        ftpSend(QStringLiteral("USER ") + s.usernm);
+        ftpSend(QStringLiteral("USER ") + login.usernm);
     if (code == 331)
-        ftpSend(QStringLiteral("PASS ") + s.passw);
+        ftpSend(QStringLiteral("PASS ") + login.passw);
     if (code == 230) {
         // Binary mode first: servers start in ASCII, where many refuse SIZE and REST and some
         // rewrite line ends. Its 200 reply matches no test below.
@@ -98,8 +112,7 @@ void Transfer::loginRefused()
     DownloadSlot &s = slot();
     const QPointer<Transfer> alive(this);
     // Other downloads keep running while the person answers.
-    const FtpCredentials answer =
-        m_list.desktop().askFtpLogin(WrongUserCaption, FtpCredentials{s.usernm, s.passw, false});
+    const FtpCredentials answer = m_list.desktop().askFtpLogin(WrongUserCaption, loginOf(s));
     m_list.setLoginCaption(LoginCaption);
     if (!alive)
         return;

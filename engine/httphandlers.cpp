@@ -1,4 +1,5 @@
-// The HTTP side of a transfer; `ws` also carries FTP data, which these handlers write.
+// The HTTP side of a transfer, plain or secure; `ws` also carries FTP data, which these handlers
+// write.
 #include "activelist.h"
 #include "downloadrow.h"
 #include "downloadslot.h"
@@ -26,7 +27,7 @@ void Transfer::wsConnected()
         if (m_file.length() != s.bytes)
             s.bytes = m_file.length() + 1;
         m_requestStart = s.bytes;
-        m_ws.write(Http::request(m_wsPath, HostOf(s.Data, m_list.desktop()), s.bytes - 1));
+        ws().write(Http::request(m_wsPath, HostOf(s.Data, m_list.desktop()), s.bytes - 1));
         m_file.seek(s.allowredo ? s.bytes : 1);
         s.bytesinicio = m_file.position();
         row().setReconectando(false);
@@ -42,17 +43,44 @@ void Transfer::wsConnected()
 
 void Transfer::wsReadyRead()
 {
-    // Up to one chunk, read into the buffer all transfers share: a chunk is done with before
-    // the next event.
-    QByteArray &buffer = m_list.receiveBuffer();
-    const qint64 received = m_ws.read(buffer.data(), buffer.size());
-    if (received < 0 && m_ws.state() == QAbstractSocket::UnconnectedState) {
-        wsEnded();
+    if (!m_tls) {
+        readChunk();
         return;
     }
+    // A secure socket signals for every few kilobytes it decrypts, and not again for what it
+    // keeps: its bytes are taken once it has decrypted all that arrived, in large chunks.
+    if (!m_tlsReadQueued) {
+        m_tlsReadQueued = true;
+        QMetaObject::invokeMethod(this, &Transfer::readTls, Qt::QueuedConnection);
+    }
+}
+
+void Transfer::readTls()
+{
+    m_tlsReadQueued = false;
+    while (m_tls && m_tls->bytesAvailable() > 0 && readChunk()) {
+    }
+}
+
+// Up to one chunk, read into the buffer all transfers share: a chunk is done with before the
+// next read. False when nothing was read.
+bool Transfer::readChunk()
+{
+    QByteArray &buffer = m_list.receiveBuffer();
+    QTcpSocket &socket = ws();
+    const qint64 received = socket.read(buffer.data(), buffer.size());
+    if (received < 0 && socket.state() == QAbstractSocket::UnconnectedState) {
+        wsEnded();
+        return false;
+    }
     if (received <= 0)
-        return;
-    const QByteArrayView chunk(buffer.constData(), received);
+        return false;
+    takeChunk(QByteArrayView(buffer.constData(), received));
+    return true;
+}
+
+void Transfer::takeChunk(QByteArrayView chunk)
+{
     m_handled = false;
     try {
         qsizetype payloadStart = 0;
@@ -61,7 +89,10 @@ void Transfer::wsReadyRead()
             if (m_handled)
                 return;
         }
-        writePayload(chunk.sliced(payloadStart));
+        if (m_chunked)
+            writeChunked(chunk.sliced(payloadStart));
+        else
+            writePayload(chunk.sliced(payloadStart));
     } catch (const Failure &) {
         // A reply that cannot be taken apart, or a failed write, ends this chunk quietly.
     }
@@ -90,8 +121,12 @@ void Transfer::handleHead(QByteArrayView chunk, qsizetype &payloadStart)
     const bool partial = code == 206;
     s.allowredo = partial;
     const qint64 start = partial ? m_requestStart : 1;
-    const qint64 length = Http::contentLength(chunk);
-    if (length >= 0) {
+    m_chunked = Http::isChunked(chunk);
+    if (m_chunked) {
+        // The size is known only at the last chunk.
+        m_decoder = ChunkedDecoder();
+        s.total = 0;
+    } else if (const qint64 length = Http::contentLength(chunk); length >= 0) {
         s.total = length + start - 1;
         m_file.reserve(s.total);
     }
@@ -102,97 +137,37 @@ void Transfer::handleHead(QByteArrayView chunk, qsizetype &payloadStart)
 
 void Transfer::writePayload(QByteArrayView payload)
 {
-    DownloadSlot &s = slot();
     m_file.write(payload);
+    received(payload.size());
+}
+
+void Transfer::writeChunked(QByteArrayView framed)
+{
+    const qint64 wireBytes = framed.size();
+    while (!framed.isEmpty())
+        m_file.write(m_decoder.next(framed));
+    DownloadSlot &s = slot();
+    if (m_decoder.failed()) {
+        s.bytes = m_file.position();
+        return lost();
+    }
+    if (m_decoder.finished())
+        s.total = m_file.position() - 1;
+    received(wireBytes);
+}
+
+// After a chunk is written: progress, and the end of the download once all of it is there.
+void Transfer::received(qint64 wireBytes)
+{
+    DownloadSlot &s = slot();
     s.bytes = m_file.position();
     m_sindatos = 0;
     m_list.showProgress(m_index);
-    if (s.total != 0 && s.bytes - 1 >= s.total) {
+    const bool complete = m_chunked ? m_decoder.finished() : s.total != 0 && s.bytes - 1 >= s.total;
+    if (complete) {
         closeWs();
         finished();
         return;
     }
-    gatherAfter(payload.size());
-}
-
-void Transfer::fail(const QString &text)
-{
-    m_handled = true;
-    // Final: no retry. The message comes last, as the person may act while it is open.
-    closeWs();
-    m_file.close();
-    row().setRedoend(true);
-    m_list.transferFailed(m_index);
-    m_list.notifier().playSound(QStringLiteral("ding.wav"));
-    m_list.notifier().message(text, QStringLiteral("error.gif"));
-}
-
-void Transfer::redirect(const QString &address)
-{
-    m_handled = true;
-    DownloadSlot &s = slot();
-    m_list.showStatus(1, QStringLiteral("El archivo ") + s.Data +
-                             QStringLiteral(" ha sido movido a ") + address +
-                             QStringLiteral(".Se reconectará a esa dirección"));
-    closeWs();
-    m_file.close();
-    row().setReconectando(true);
-    s.Data = address;
-    m_wsHost = HostOf(address, m_list.desktop());
-    m_wsPort = PortOf(address);
-    m_wsPath = PathOf(address);
-    openWs(m_wsHost, m_wsPort);
-}
-
-void Transfer::wsClosedByPeer()
-{
-    // The socket is unbuffered: the close is seen only once every byte before it was read and
-    // written.
-    DownloadSlot &s = slot();
-    s.velocidad = 0;
-    // Up to three bytes short of the size still counts as finished; an unknown size always does.
-    if (s.total - 2 > s.bytes)
-        lost();
-    else
-        finished();
-}
-
-void Transfer::lost()
-{
-    m_list.showStatus(1, QStringLiteral("Se ha perdido la conexión con ") + slot().Data +
-                             QStringLiteral(" . Reconectando..."));
-    row().setReconectando(true);
-    closeWs();
-    armRedo();
-    m_file.close();
-}
-
-void Transfer::finished()
-{
-    m_file.close();
-    closeWs();
-    // An FTP control connection has nothing more to do either.
-    closeFtp();
-    m_list.transferFinished(m_index);
-}
-
-// An unbuffered socket learns of a close or a reset from the read itself, and then is left
-// unconnected without a signal.
-void Transfer::wsEnded()
-{
-    if (m_ws.error() == QAbstractSocket::RemoteHostClosedError)
-        wsClosedByPeer();
-    else
-        wsError(m_ws.error());
-}
-
-void Transfer::wsError(QAbstractSocket::SocketError error)
-{
-    // A close by the server is reported as an error too; the close handler deals with it.
-    if (error == QAbstractSocket::RemoteHostClosedError)
-        return;
-    m_list.showStatus(1, m_ws.errorString());
-    closeWs();
-    m_file.close();
-    armRedo();
+    gatherAfter(wireBytes);
 }

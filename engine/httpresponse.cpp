@@ -3,6 +3,7 @@
 #include "failure.h"
 #include "textfile.h"
 
+#include <QList>
 #include <algorithm>
 #include <cctype>
 
@@ -90,6 +91,18 @@ QString location(QByteArrayView chunk)
     const qsizetype from = at + Name.size();
     const QByteArrayView address = part(chunk, from, valueEnd(chunk, from) - from);
     return QString::fromUtf8(address.data(), address.size());
+}
+
+bool isChunked(QByteArrayView chunk)
+{
+    static const QByteArray Name("transfer-encoding:");
+    const QByteArray head = chunk.first(bodyStart(chunk)).toByteArray();
+    for (const QByteArray &line : head.split('\n')) {
+        const QByteArray lowered = line.trimmed().toLower();
+        if (lowered.startsWith(Name))
+            return lowered.sliced(Name.size()).trimmed().endsWith("chunked");
+    }
+    return false;
 }
 
 } // namespace Http

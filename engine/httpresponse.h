@@ -20,5 +20,8 @@ qint64 contentLength(QByteArrayView chunk);
 qsizetype bodyStart(QByteArrayView chunk);
 // The address of a "Location: " line; empty when there is none.
 QString location(QByteArrayView chunk);
+// The head, up to its blank line, has a Transfer-Encoding line (any letter case) that ends in
+// "chunked". A head without a blank line is written whole, so it never is.
+bool isChunked(QByteArrayView chunk);
 
 } // namespace Http

@@ -19,8 +19,9 @@ QuickAdd::QuickAdd(ActiveList &active, InactiveList &inactive, const Settings &s
 
 QString QuickAdd::add(const QString &url)
 {
-    // Exact and case-sensitive, as typed.
-    if (!url.startsWith(QLatin1String("ftp://")) && !url.startsWith(QLatin1String("http://"))) {
+    // Exact and case-sensitive, as typed. The message still names the two original schemes.
+    if (!url.startsWith(QLatin1String("ftp://")) && !url.startsWith(QLatin1String("http://")) &&
+        !url.startsWith(QLatin1String("https://"))) {
         m_desktop.messageBox(
             QStringLiteral("Escriba una dirección correcta (debe empezar por http:// o ftp://)"),
             Desktop::Icon::Critical);

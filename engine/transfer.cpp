@@ -5,6 +5,7 @@
 #include "downloadslot.h"
 #include "failure.h"
 #include "settings.h"
+#include "tlstrust.h"
 #include "urls.h"
 
 #include <algorithm>
@@ -12,8 +13,14 @@
 
 namespace {
 
+// What a secure socket reads and decrypts ahead. It allocates its buffers afresh for every read:
+// under the C library's 128 KiB threshold they are reused from the heap, larger ones went back to
+// the kernel each time (1 GiB cost 550 000 page faults at 128 KiB and more, 2 400 at 64 KiB,
+// and a third less CPU).
+constexpr qint64 TlsBuffer = 64 * 1024;
+
 // A close of our own must not look like a close by the server: no signal leaves the socket.
-void closeQuietly(QTcpSocket &socket)
+void closeQuietly(QAbstractSocket &socket)
 {
     const QSignalBlocker blocker(socket);
     socket.abort();
@@ -48,22 +55,30 @@ DownloadRow &Transfer::row()
 
 bool Transfer::aim()
 {
-    const QString &address = slot().Data;
-    m_wsPort = PortOf(address);
-    m_wsHost = HostOf(address, m_list.desktop());
+    aimWs(slot().Data);
     m_ftpHost = m_wsHost;
     m_ftpPort = m_wsPort;
-    m_wsPath = PathOf(address);
     return m_wsHost != HostError;
+}
+
+void Transfer::aimWs(const QString &address)
+{
+    m_wsPort = PortOf(address);
+    m_wsHost = HostOf(address, m_list.desktop());
+    m_wsPath = PathOf(address);
+    m_wsSecure = address.startsWith(QLatin1String("https://"));
 }
 
 void Transfer::start()
 {
     const QString &address = slot().Data;
-    if (address.startsWith(QLatin1String("http://")))
-        openWs(m_wsHost, m_wsPort);
-    else if (address.startsWith(QLatin1String("ftp://")))
+    if (address.startsWith(QLatin1String("http://")) ||
+        address.startsWith(QLatin1String("https://"))) {
+        connectHttp();
+    } else if (address.startsWith(QLatin1String("ftp://"))) {
+        m_sindatos = 0;
         m_ftp.connectToHost(m_ftpHost, m_ftpPort);
+    }
 }
 
 void Transfer::stop()
@@ -74,6 +89,17 @@ void Transfer::stop()
     m_file.close();
 }
 
+void Transfer::connectHttp()
+{
+    // A connection that has only just been asked for is never judged silent: the count starts
+    // again here, and once more when the connection opens.
+    m_sindatos = 0;
+    if (m_wsSecure)
+        openTls(m_wsHost, m_wsPort);
+    else
+        openWs(m_wsHost, m_wsPort);
+}
+
 // Unbuffered: a read takes the bytes straight from the kernel into the shared buffer, with no
 // copy kept by the socket.
 void Transfer::openWs(const QString &host, quint16 port)
@@ -81,9 +107,30 @@ void Transfer::openWs(const QString &host, quint16 port)
     m_ws.connectToHost(host, port, QIODevice::ReadWrite | QIODevice::Unbuffered);
 }
 
+// The request goes out once the server has proved who it is: `encrypted` stands for `connected`.
+void Transfer::openTls(const QString &host, quint16 port)
+{
+    m_tls = new QSslSocket(this);
+    m_tls->setSslConfiguration(secureConfiguration());
+    m_tls->setReadBufferSize(TlsBuffer);
+    connect(m_tls, &QSslSocket::encrypted, this, &Transfer::wsConnected);
+    connect(m_tls, &QSslSocket::readyRead, this, &Transfer::wsReadyRead);
+    connect(m_tls, &QSslSocket::disconnected, this, &Transfer::wsClosedByPeer);
+    connect(m_tls, &QSslSocket::errorOccurred, this, &Transfer::wsError);
+    m_tls->connectToHostEncrypted(host, port);
+}
+
 void Transfer::closeWs()
 {
     closeQuietly(m_ws);
+    if (m_tls) {
+        // This may run inside one of the socket's own signals: it goes once that has returned.
+        closeQuietly(*m_tls);
+        m_tls->disconnect(this);
+        m_tls->deleteLater();
+        m_tls = nullptr;
+    }
+    m_chunked = false;
     m_lowWater = 1;
 }
 
@@ -103,10 +150,11 @@ void Transfer::gatherAfter(qint64 lastRead)
 
 void Transfer::setLowWater(int bytes)
 {
-    if (bytes == m_lowWater || m_ws.socketDescriptor() < 0)
+    const qintptr descriptor = ws().socketDescriptor();
+    if (bytes == m_lowWater || descriptor < 0)
         return;
     m_lowWater = bytes;
-    ::setsockopt(int(m_ws.socketDescriptor()), SOL_SOCKET, SO_RCVLOWAT, &bytes, sizeof bytes);
+    ::setsockopt(int(descriptor), SOL_SOCKET, SO_RCVLOWAT, &bytes, sizeof bytes);
 }
 
 void Transfer::closeFtp()

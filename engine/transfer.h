@@ -1,8 +1,11 @@
 #pragma once
 
+#include "chunkeddecoder.h"
 #include "slotfile.h"
 
 #include <QObject>
+#include <QPointer>
+#include <QSslSocket>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -10,8 +13,8 @@ class ActiveList;
 class DownloadRow;
 struct DownloadSlot;
 
-// The connections of one active download: the data socket `ws` (HTTP, or FTP data), the FTP
-// control socket `ftp`, the retry timer `redo` with its budget, and the open local file.
+// The connections of one active download: the data socket `ws` (HTTP, HTTPS, or FTP data), the
+// FTP control socket `ftp`, the retry timer `redo` with its budget, and the open local file.
 // Socket events drive everything; the list's timers call in once a second.
 class Transfer final : public QObject
 {
@@ -23,7 +26,8 @@ public:
 
     // Sets where `ws` and `ftp` connect from the slot's address; false for a bad address.
     bool aim();
-    // Opens the connection the address asks for: `ws` for http://, `ftp` for ftp://.
+    // Opens the connection the address asks for: `ws` for http:// and https://, `ftp` for
+    // ftp://.
     void start();
     // Closes both sockets and the file without running any close handler.
     void stop();
@@ -41,7 +45,12 @@ public:
 private:
     DownloadSlot &slot();
     DownloadRow &row();
+    // The socket that carries the current data connection.
+    QTcpSocket &ws() { return m_tls ? *m_tls : m_ws; }
+    void aimWs(const QString &address);
+    void connectHttp();
     void openWs(const QString &host, quint16 port);
+    void openTls(const QString &host, quint16 port);
     void closeWs();
     void closeFtp();
     void gatherAfter(qint64 lastRead);
@@ -50,12 +59,18 @@ private:
     // HTTP, and the data connection of FTP.
     void wsConnected();
     void wsReadyRead();
+    void readTls();
+    bool readChunk();
+    void takeChunk(QByteArrayView chunk);
     void wsClosedByPeer();
     void wsEnded();
     void wsError(QAbstractSocket::SocketError error);
     void handleHead(QByteArrayView chunk, qsizetype &payloadStart);
     void writePayload(QByteArrayView payload);
+    void writeChunked(QByteArrayView framed);
+    void received(qint64 wireBytes);
     void fail(const QString &text);
+    void refuseCertificate();
     void redirect(const QString &address);
     void lost();
     void finished();
@@ -71,6 +86,9 @@ private:
     ActiveList &m_list;
     const int m_index;
     QTcpSocket m_ws;
+    // The connection of an https:// address, a fresh socket for every attempt; null otherwise.
+    QPointer<QSslSocket> m_tls;
+    bool m_tlsReadQueued = false;
     QTcpSocket m_ftp;
     QTimer m_redo;
     int m_redoTag;
@@ -80,8 +98,11 @@ private:
     QString m_wsHost;
     quint16 m_wsPort = 0;
     QString m_wsPath;
+    bool m_wsSecure = false;
     QString m_ftpHost;
     quint16 m_ftpPort = 0;
     qint64 m_requestStart = 1; // where the Range line asked the server to start
-    bool m_handled = false;    // the current chunk ended the connection
+    bool m_chunked = false;    // the reply on this connection is chunked
+    ChunkedDecoder m_decoder;
+    bool m_handled = false; // the current chunk ended the connection
 };

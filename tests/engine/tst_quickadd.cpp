@@ -51,10 +51,13 @@ void TestQuickAdd::refusals()
 {
     EngineFixture f;
     QuickAdd quick(f.active, f.inactive, f.settings, f.desktop, f.history);
+    // The scheme is compared as typed; the message names the two original schemes only.
     QVERIFY(quick.add("HTTP://h/a").isEmpty());
+    QVERIFY(quick.add("HTTPS://h/a").isEmpty());
     QCOMPARE(f.desktop.callsOf("messageBox"),
-             QStringList{"Critical|Escriba una dirección correcta (debe empezar por http:// o "
-                         "ftp://)"});
+             QStringList(2, "Critical|Escriba una dirección correcta (debe empezar por http:// o "
+                            "ftp://)"));
+    QCOMPARE(quick.add("https://127.0.0.1:9/s.zip"), f.path("s.zip"));
 
     // Declining the overwrite question keeps the file, the lists and the history untouched.
     f.write("a.zip", "old");
@@ -65,8 +68,8 @@ void TestQuickAdd::refusals()
     QVERIFY(!QFile::exists(f.path("a.zip")));
     // The same address again is a second download.
     QCOMPARE(quick.add("http://127.0.0.1:9/a.zip"), f.path("a.zip"));
-    QCOMPARE(f.active.rowCount(), 3);
-    QCOMPARE(f.history.lines.size(), 2);
+    QCOMPARE(f.active.rowCount(), 4);
+    QCOMPARE(f.history.lines.size(), 3);
 
     // Both lists full.
     f.settings.maxdesc = "1";

@@ -1,4 +1,5 @@
 #include "enginefixture.h"
+#include "scriptedhttpserver.h"
 #include "transfer.h"
 
 #include <QSignalSpy>
@@ -67,7 +68,17 @@ void TestTimers::stallUsesOneRetry()
 {
     EngineFixture f;
     f.settings.waitv = 5;
-    f.active.addnew("http://127.0.0.1:9/x", f.path("x"), 0, 0, false, 0, false, "", "", false);
+    const QByteArray content = randomBytes(50000);
+    ScriptedHttpServer server([&](const QByteArray &request, int index) {
+        HttpReply reply = ScriptedHttpServer::file(content, request, true);
+        if (index == 0) {
+            reply.dropAfter = reply.bytes.indexOf("\r\n\r\n") + 4 + 1000;
+            reply.stall = true;
+        }
+        return reply;
+    });
+    f.active.addnew(server.url("f.bin"), f.path("f.bin"), 0, 0, false, 0, false, "", "", false);
+    QTRY_COMPARE(f.active.slotAt(1).bytes, 1001);
     Transfer &transfer = *f.active.transferAt(1);
     for (int i = 0; i < 5; ++i)
         f.active.tiempotransTick();
@@ -77,11 +88,16 @@ void TestTimers::stallUsesOneRetry()
     QCOMPARE(f.active.slotAt(1).tiempo, 6);
     // Further silent seconds leave the waiting retry alone.
     f.active.tiempotransTick();
-    QVERIFY(transfer.redoActive());
     QCOMPARE(transfer.redoBudget(), 5);
+
+    // The retry and the next tick in the same instant: the new attempt is not judged silent.
     transfer.redoTick();
-    QCOMPARE(transfer.redoBudget(), 4);
+    f.active.tiempotransTick();
     QVERIFY(!transfer.redoActive());
+    QTRY_VERIFY(f.row(1).finalizado());
+    QCOMPARE(transfer.redoBudget(), 4);
+    QCOMPARE(server.connections(), 2);
+    QCOMPARE(f.read("f.bin"), content);
 }
 
 void TestTimers::speeds()

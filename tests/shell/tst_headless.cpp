@@ -73,7 +73,7 @@ void TestHeadless::failureAndRefusal()
     ScriptedHttpServer server(
         [](const QByteArray &, int) { return HttpReply::of("HTTP/1.1 404 No\r\n\r\n"); });
     Run run;
-    start(run, f.folder(), {server.url("nada.zip"), "https://x/y"});
+    start(run, f.folder(), {server.url("nada.zip"), "HTTPS://x/y"});
     QTRY_VERIFY_WITH_TIMEOUT(run.process.state() == QProcess::NotRunning, 20000);
     QCOMPARE(run.process.exitCode(), 1);
     const QString err = run.err();

@@ -61,7 +61,9 @@ bool LocalServer::start()
 
 QString NginxServer::url(const QString &name) const
 {
-    return QStringLiteral("http://127.0.0.1:%1/%2").arg(m_port).arg(name);
+    const QString scheme =
+        m_tls.certificate.isEmpty() ? QStringLiteral("http") : QStringLiteral("https");
+    return QStringLiteral("%1://127.0.0.1:%2/%3").arg(scheme).arg(m_port).arg(name);
 }
 
 void NginxServer::launch(QProcess &process)
@@ -74,10 +76,14 @@ void NginxServer::launch(QProcess &process)
                        "http {\n  access_log off;\n  client_body_temp_path %1/body;\n"
                        "  proxy_temp_path %1/proxy;\n  fastcgi_temp_path %1/fastcgi;\n"
                        "  uwsgi_temp_path %1/uwsgi;\n  scgi_temp_path %1/scgi;\n"
-                       "  server {\n    listen 127.0.0.1:%2;\n    root %3;\n    %4\n  }\n}\n")
+                       "  server {\n    listen 127.0.0.1:%2%3;\n    root %4;\n    %5\n  }\n}\n")
             .arg(work)
             .arg(m_port)
-            .arg(m_root, m_extra);
+            .arg(m_tls.certificate.isEmpty() ? QString() : QStringLiteral(" ssl"), m_root,
+                 m_tls.certificate.isEmpty()
+                     ? m_extra
+                     : QStringLiteral("ssl_certificate %1;\n    ssl_certificate_key %2;")
+                           .arg(m_tls.certificate, m_tls.key));
     QFile file(work + QStringLiteral("/nginx.conf"));
     if (file.open(QIODevice::WriteOnly))
         file.write(config.toUtf8());
@@ -100,8 +106,25 @@ void FtpdServer::launch(QProcess &process)
     environment.remove(QStringLiteral("PYTHONPATH"));
     environment.remove(QStringLiteral("PYTHONHOME"));
     process.setProcessEnvironment(environment);
+    if (m_bytesPerSecond == 0) {
+        process.start(QStringLiteral("/usr/bin/python3"),
+                      {QStringLiteral("-m"), QStringLiteral("pyftpdlib"), QStringLiteral("-i"),
+                       QStringLiteral("127.0.0.1"), QStringLiteral("-p"), QString::number(m_port),
+                       QStringLiteral("-d"), m_root});
+        return;
+    }
+    // The same server, with the data connections of its own throttled handler.
+    const QString script =
+        QStringLiteral("import sys\n"
+                       "from pyftpdlib.authorizers import DummyAuthorizer\n"
+                       "from pyftpdlib.handlers import FTPHandler, ThrottledDTPHandler\n"
+                       "from pyftpdlib.servers import FTPServer\n"
+                       "ThrottledDTPHandler.write_limit = int(sys.argv[3])\n"
+                       "FTPHandler.dtp_handler = ThrottledDTPHandler\n"
+                       "FTPHandler.authorizer = DummyAuthorizer()\n"
+                       "FTPHandler.authorizer.add_anonymous(sys.argv[2])\n"
+                       "FTPServer(('127.0.0.1', int(sys.argv[1])), FTPHandler).serve_forever()\n");
     process.start(QStringLiteral("/usr/bin/python3"),
-                  {QStringLiteral("-m"), QStringLiteral("pyftpdlib"), QStringLiteral("-i"),
-                   QStringLiteral("127.0.0.1"), QStringLiteral("-p"), QString::number(m_port),
-                   QStringLiteral("-d"), m_root});
+                  {QStringLiteral("-c"), script, QString::number(m_port), m_root,
+                   QString::number(m_bytesPerSecond)});
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "testauthority.h"
+
 #include <QProcess>
 #include <QString>
 #include <QTemporaryDir>
@@ -36,20 +38,28 @@ public:
     explicit NginxServer(const QString &root, const QString &extra = {})
         : LocalServer(root), m_extra(extra)
     {}
+    // Over TLS with that certificate; its addresses are https://.
+    NginxServer(const QString &root, const ServerCertificate &tls) : LocalServer(root), m_tls(tls)
+    {}
     QString url(const QString &name) const override;
 
 private:
     void launch(QProcess &process) override;
     QString m_extra;
+    ServerCertificate m_tls;
 };
 
-// An anonymous, read-only FTP server over the folder.
+// An anonymous, read-only FTP server over the folder; sending at most `bytesPerSecond` on a
+// data connection when that is not 0.
 class FtpdServer final : public LocalServer
 {
 public:
-    explicit FtpdServer(const QString &root) : LocalServer(root) {}
+    explicit FtpdServer(const QString &root, int bytesPerSecond = 0)
+        : LocalServer(root), m_bytesPerSecond(bytesPerSecond)
+    {}
     QString url(const QString &name) const override;
 
 private:
     void launch(QProcess &process) override;
+    int m_bytesPerSecond;
 };

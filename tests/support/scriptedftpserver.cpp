@@ -130,10 +130,7 @@ void ScriptedFtpServer::openPassive()
 void ScriptedFtpServer::sendFile()
 {
     m_retrWaiting = false;
-    QByteArray bytes = m_file.mid(m_offset);
-    if (dropDataAfter >= 0)
-        bytes.truncate(dropDataAfter);
-    m_data->write(bytes);
+    m_data->write(m_file.mid(m_offset));
     m_data->disconnectFromHost();
     m_offset = 0;
     reply({"226 Terminado\r\n"});

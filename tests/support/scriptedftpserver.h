@@ -29,7 +29,6 @@ public:
     QList<QByteArray> greeting = {"220 Servidor de pruebas\r\n"};
     bool refuseRest = false;
     QByteArray requiredPassword; // when set, PASS with another password gets 530
-    qint64 dropDataAfter = -1;   // close the data connection after this many bytes
     // The exact bytes to answer a command with; nullopt leaves it to the usual answer.
     std::function<std::optional<QList<QByteArray>>(const QByteArray &line)> answer;
 

@@ -1,19 +1,38 @@
 #include "scriptedhttpserver.h"
 
 #include <QRegularExpression>
+#include <QSslServer>
 #include <QTcpSocket>
 #include <QTimer>
 
 ScriptedHttpServer::ScriptedHttpServer(Handler handler, QObject *parent)
-    : QObject(parent), m_handler(std::move(handler))
+    : QObject(parent), m_server(std::make_unique<QTcpServer>()), m_handler(std::move(handler))
 {
-    m_server.listen(QHostAddress::LocalHost, 0);
-    connect(&m_server, &QTcpServer::newConnection, this, &ScriptedHttpServer::accept);
+    listen();
+}
+
+ScriptedHttpServer::ScriptedHttpServer(Handler handler, const QSslConfiguration &tls,
+                                       QObject *parent)
+    : QObject(parent), m_scheme(QStringLiteral("https")), m_handler(std::move(handler))
+{
+    auto server = std::make_unique<QSslServer>();
+    server->setSslConfiguration(tls);
+    m_server = std::move(server);
+    listen();
+}
+
+void ScriptedHttpServer::listen()
+{
+    m_server->listen(QHostAddress::LocalHost, 0);
+    // Every connection is counted, also one whose handshake fails and so never becomes pending.
+    connect(m_server.get(), &QTcpServer::newConnection, this, [this] { ++m_connections; });
+    connect(m_server.get(), &QTcpServer::pendingConnectionAvailable, this,
+            &ScriptedHttpServer::accept);
 }
 
 QString ScriptedHttpServer::url(const QString &path) const
 {
-    return QStringLiteral("http://127.0.0.1:%1/%2").arg(port()).arg(path);
+    return QStringLiteral("%1://127.0.0.1:%2/%3").arg(m_scheme).arg(port()).arg(path);
 }
 
 qint64 ScriptedHttpServer::rangeStart(const QByteArray &request)
@@ -42,7 +61,7 @@ HttpReply ScriptedHttpServer::status(const QByteArray &statusLine, const QByteAr
 
 void ScriptedHttpServer::accept()
 {
-    while (QTcpSocket *socket = m_server.nextPendingConnection()) {
+    while (QTcpSocket *socket = m_server->nextPendingConnection()) {
         socket->setParent(this);
         // Each write leaves at once, so pieces sent apart arrive apart.
         socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
@@ -62,24 +81,28 @@ void ScriptedHttpServer::accept()
 
 void ScriptedHttpServer::send(QTcpSocket *socket, const HttpReply &reply)
 {
+    if (reply.delayMs > 0) {
+        HttpReply later = reply;
+        later.delayMs = 0;
+        QTimer::singleShot(reply.delayMs, socket, [this, socket, later] { send(socket, later); });
+        return;
+    }
     if (reply.closeAtOnce) {
         socket->disconnectFromHost();
         return;
     }
-    const auto finish = [socket, stall = reply.stall] {
-        if (!stall)
-            socket->disconnectFromHost();
-    };
     if (!reply.chunks.isEmpty()) {
-        for (qsizetype i = 0; i < reply.chunks.size(); ++i) {
-            QTimer::singleShot(int(i) * 40, socket, [socket, chunk = reply.chunks[i]] {
-                socket->write(chunk);
-                socket->flush();
-            });
-        }
-        QTimer::singleShot(int(reply.chunks.size()) * 40, socket, finish);
+        // One piece now, the rest a gap later: timers of a second or more are coarse, so pieces
+        // scheduled all at once could overtake each other.
+        socket->write(reply.chunks.first());
+        socket->flush();
+        HttpReply rest = reply;
+        rest.chunks.removeFirst();
+        rest.delayMs = reply.gapMs;
+        send(socket, rest);
         return;
     }
     socket->write(reply.dropAfter >= 0 ? reply.bytes.left(reply.dropAfter) : reply.bytes);
-    finish();
+    if (!reply.stall)
+        socket->disconnectFromHost();
 }

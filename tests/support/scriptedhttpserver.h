@@ -3,8 +3,10 @@
 #include <QByteArray>
 #include <QList>
 #include <QObject>
+#include <QSslConfiguration>
 #include <QTcpServer>
 #include <functional>
+#include <memory>
 
 // What the server sends back for one request.
 struct HttpReply
@@ -13,6 +15,8 @@ struct HttpReply
     qint64 dropAfter = -1;    // close once this many bytes are sent
     bool stall = false;       // after sending, keep the connection open and silent
     QList<QByteArray> chunks; // instead of `bytes`: sent one by one, a little apart
+    int gapMs = 40;           // between two of the chunks
+    int delayMs = 0;          // before anything is sent
     bool closeAtOnce = false;
 
     static HttpReply of(QByteArray bytes)
@@ -24,7 +28,7 @@ struct HttpReply
 };
 
 // An HTTP server on 127.0.0.1 that records every request byte for byte and answers each with
-// what the test's handler returns.
+// what the test's handler returns; over TLS when given a certificate.
 class ScriptedHttpServer final : public QObject
 {
     Q_OBJECT
@@ -34,11 +38,14 @@ public:
     using Handler = std::function<HttpReply(const QByteArray &request, int index)>;
 
     explicit ScriptedHttpServer(Handler handler, QObject *parent = nullptr);
+    // The same over TLS, with the certificate and key of `tls`; its addresses are https://.
+    ScriptedHttpServer(Handler handler, const QSslConfiguration &tls, QObject *parent = nullptr);
 
-    quint16 port() const { return m_server.serverPort(); }
+    quint16 port() const { return m_server->serverPort(); }
     QString url(const QString &path) const;
     const QList<QByteArray> &requests() const { return m_requests; }
-    void setHandler(Handler handler) { m_handler = std::move(handler); }
+    // Connections opened, also those that never sent a request.
+    int connections() const { return m_connections; }
 
     // The start of the Range line of a request, 0 without one.
     static qint64 rangeStart(const QByteArray &request);
@@ -49,10 +56,13 @@ public:
                             const QByteArray &body = {});
 
 private:
+    void listen();
     void accept();
     void send(class QTcpSocket *socket, const HttpReply &reply);
 
-    QTcpServer m_server;
+    std::unique_ptr<QTcpServer> m_server;
+    QString m_scheme = QStringLiteral("http");
     Handler m_handler;
     QList<QByteArray> m_requests;
+    int m_connections = 0;
 };
