@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ftplogin.h"
+
 #include <QString>
 
 class ActiveList;
@@ -8,18 +10,23 @@ class HistorySink;
 class InactiveList;
 struct Settings;
 
-// Adds an address typed by the person: checks it, asks before overwriting a file of the same
-// name, and puts the download in the active list or, when that is full, in the queue.
+// Addresses the person types: the quick-add bar and the "new URL" prompt. Both check the
+// address, ask before overwriting a file of the same name in the default folder, and put the
+// download in the active list or, when that is full, in the queue. Each returns the destination
+// path, or an empty text when nothing was added.
 class QuickAdd
 {
 public:
     QuickAdd(ActiveList &active, InactiveList &inactive, const Settings &settings, Desktop &desktop,
              HistorySink &history);
 
-    // The destination path when the download was added; empty when it was refused.
     QString add(const QString &url);
+    // Asks for the address, offering the clipboard's when it is one, and for an FTP login.
+    QString newurl(const QString &clipboard);
 
 private:
+    QString place(const QString &url, const FtpCredentials &login, const QString &queueFull);
+
     ActiveList &m_active;
     InactiveList &m_inactive;
     const Settings &m_settings;

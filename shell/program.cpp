@@ -30,7 +30,6 @@ Program::Program(const ProgramFolder &folder, const QStringList &urls, Desktop &
       m_inactive(m_settings.settings(), m_desktop, m_log, folder, plainRows()),
       m_active(m_settings.settings(), m_desktop, m_log, folder, plainRows()),
       m_quick(m_active, m_inactive, m_settings.settings(), m_desktop, m_log),
-      m_newurl({m_active, m_inactive, m_settings.settings(), m_desktop, m_log}),
       m_all(m_active, m_inactive, m_desktop, m_log)
 {
     m_history.log = &m_log;

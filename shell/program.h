@@ -6,7 +6,6 @@
 #include "historylog.h"
 #include "historysink.h"
 #include "inactivelist.h"
-#include "newurl.h"
 #include "programfolder.h"
 #include "quickadd.h"
 #include "quicklist.h"
@@ -92,7 +91,6 @@ private:
     InactiveList m_inactive;
     ActiveList m_active;
     QuickAdd m_quick;
-    NewUrl m_newurl;
     AllDownloads m_all;
     QuickList m_quickList;
     RecentDownloads m_recent;

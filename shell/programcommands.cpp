@@ -24,7 +24,7 @@ void Program::wireMenus()
         connect(actions[QLatin1String(name)], &QAction::triggered, this, function);
     };
     on("newurl", [this] {
-        if (m_newurl.run(QGuiApplication::clipboard()->text()).isEmpty())
+        if (m_quick.newurl(QGuiApplication::clipboard()->text()).isEmpty())
             return;
         const int running = m_active.rowCount() - 1;
         m_main->setPanelText(MainWindow::descargas,

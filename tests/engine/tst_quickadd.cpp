@@ -1,5 +1,6 @@
 #include "enginefixture.h"
 #include "quickadd.h"
+#include "urls.h"
 
 #include <QTest>
 
@@ -11,6 +12,11 @@ private Q_SLOTS:
     void placement_data();
     void placement();
     void refusals();
+    void typedText_data();
+    void typedText();
+    void newurlAnswers_data();
+    void newurlAnswers();
+    void newurlLoginAndFullQueue();
 };
 
 void TestQuickAdd::placement_data()
@@ -78,6 +84,111 @@ void TestQuickAdd::refusals()
     QVERIFY(quick.add("http://127.0.0.1:9/b").isEmpty());
     QCOMPARE(f.desktop.callsOf("messageBox").last(),
              QStringLiteral("Critical|Ya se ha superado el máximo de descargas."));
+}
+
+void TestQuickAdd::typedText_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("added"); // empty: refused
+    QTest::newRow("blanks around, inner blanks as in a request")
+        << "  http://127.0.0.1:9/mi archivo.zip \t"
+        << "http://127.0.0.1:9/mi%20archivo.zip";
+    QTest::newRow("secure") << "https://127.0.0.1:9/a.iso"
+                            << "https://127.0.0.1:9/a.iso";
+    QTest::newRow("line break inside") << "http://127.0.0.1:9/a\r\nb.zip"
+                                       << "";
+    QTest::newRow("capital scheme") << "HTTPS://127.0.0.1:9/a"
+                                    << "";
+}
+
+void TestQuickAdd::typedText()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, added);
+    EngineFixture f;
+    QuickAdd quick(f.active, f.inactive, f.settings, f.desktop, f.history);
+    const QString path = quick.add(text);
+    QCOMPARE(path.isEmpty(), added.isEmpty());
+    QCOMPARE(f.active.rowCount(), added.isEmpty() ? 1 : 2);
+    if (added.isEmpty()) {
+        QCOMPARE(f.desktop.callsOf("messageBox").size(), 1);
+        return;
+    }
+    QCOMPARE(f.active.slotAt(1).Data, added);
+    // The file name has its blanks back.
+    QCOMPARE(QFileInfo(path).fileName(), FileNameOf(added));
+}
+
+void TestQuickAdd::newurlAnswers_data()
+{
+    QTest::addColumn<QString>("clipboard");
+    QTest::addColumn<QString>("offered");
+    QTest::addColumn<std::optional<QString>>("answer");
+    QTest::addColumn<QString>("added"); // empty: refused or cancelled
+    const std::optional<QString> cancel;
+    QTest::newRow("clipboard address offered, dots resolved")
+        << "http://127.0.0.1:9/a/b"
+        << "http://127.0.0.1:9/a/b" << std::optional<QString>("http://127.0.0.1:9/a/../c.zip")
+        << "http://127.0.0.1:9/c.zip";
+    QTest::newRow("secure address")
+        << "https://h/x"
+        << "https://h/x" << std::optional<QString>("https://h/x.iso") << "https://h/x.iso";
+    QTest::newRow("other clipboard text not offered") << "hola"
+                                                      << "" << cancel << "";
+    QTest::newRow("capital scheme refused") << ""
+                                            << "" << std::optional<QString>("HTTP://h/x") << "";
+    QTest::newRow("dots above the host refused")
+        << ""
+        << "" << std::optional<QString>("http://h/../../x") << "";
+}
+
+void TestQuickAdd::newurlAnswers()
+{
+    QFETCH(QString, clipboard);
+    QFETCH(QString, offered);
+    QFETCH(std::optional<QString>, answer);
+    QFETCH(QString, added);
+    EngineFixture f;
+    f.desktop.inputAnswers = {answer};
+    QuickAdd quick(f.active, f.inactive, f.settings, f.desktop, f.history);
+
+    const QString path = quick.newurl(clipboard);
+
+    QCOMPARE(f.desktop.calls.first(), "inputBox|Escriba aquí la dirección del archivo|" + offered);
+    QCOMPARE(path.isEmpty(), added.isEmpty());
+    QCOMPARE(f.active.rowCount(), added.isEmpty() ? 1 : 2);
+    if (!added.isEmpty()) {
+        QCOMPARE(f.active.slotAt(1).Data, added);
+        QCOMPARE(f.history.lines, QStringList{"\r\nDescargando " + added + " a " + path});
+    } else if (answer) {
+        QCOMPARE(f.desktop.callsOf("messageBox"),
+                 QStringList{"Critical|Debe escribir una dirección web correcta (debe empezar "
+                             "por http:// o ftp://)"});
+    }
+}
+
+void TestQuickAdd::newurlLoginAndFullQueue()
+{
+    EngineFixture f;
+    QuickAdd quick(f.active, f.inactive, f.settings, f.desktop, f.history);
+    f.desktop.inputAnswers = {QStringLiteral("ftp://127.0.0.1:9/pub/f.bin")};
+    f.desktop.loginAnswers = {FtpCredentials{"ana", "secreta", true}};
+    QVERIFY(!quick.newurl({}).isEmpty());
+    QCOMPARE(f.desktop.callsOf("askFtpLogin"), QStringList{"Usuario/Contraseña|anonymous|freepwd"});
+    const DownloadSlot &slot = f.active.slotAt(1);
+    QCOMPARE(slot.usernm, QStringLiteral("ana"));
+    QCOMPARE(slot.passw, QStringLiteral("secreta"));
+    QVERIFY(slot.rememb);
+
+    // Active list and queue both full: nothing is added and no line is logged.
+    f.settings.maxdesc = "1";
+    for (int i = 1; i <= 39; ++i)
+        f.inactive.addnew("http://h/x", "/x", 0, 0, false, 0, true, "", "", false, false);
+    f.desktop.inputAnswers = {QStringLiteral("http://127.0.0.1:9/g")};
+    QVERIFY(quick.newurl({}).isEmpty());
+    QCOMPARE(f.desktop.callsOf("messageBox"),
+             QStringList{"Critical|Ya se ha alcanzado el máximo posible de descargas en cola."});
+    QCOMPARE(f.history.lines.size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestQuickAdd)
