@@ -37,7 +37,11 @@ SCENARIOS = {
     "c": f"{MANY_COUNT} files of 25 MiB at once over HTTP",
     "d": "1 GiB file over HTTPS, written to disk",
 }
-CLIENTS = ["corvane", "curl", "wget"]
+CLIENTS = ["corvane", "curl", "wget", "corvane-gui"]
+DEFAULT_CLIENTS = ["corvane", "curl", "wget"]
+# The program with its windows: the active list and the speed graph shown, the bars too
+# ("view.win": web, history, active, inactive, statistics, toolbar, quick-add bar).
+GUI_VIEWS = bytes.fromhex("0000" "0000" "ffff" "0000" "ffff" "ffff" "ffff")
 TIME = "/usr/bin/time"
 
 
@@ -337,6 +341,48 @@ def corvane_ini(defdir, maxdesc, histrut):
 
 # --------------------------------------------------------------------------- runs
 
+def close_when_done(time_proc, paths, sizes):
+    """The program with windows does not end by itself: once every file has its full size, it
+    is asked to close (SIGTERM, handled as the main window's close: lists saved, then exit)."""
+    while time_proc.poll() is None:
+        try:
+            if all(os.path.getsize(p) >= n for p, n in zip(paths, sizes)):
+                break
+        except OSError:
+            pass
+        time.sleep(0.02)
+    try:
+        with open(f"/proc/{time_proc.pid}/task/{time_proc.pid}/children") as f:
+            for pid in f.read().split():
+                os.kill(int(pid), signal.SIGTERM)
+    except (OSError, ValueError):
+        pass
+
+
+class XDisplay:
+    """Xvfb on a free display for the program with windows; stopped at the end."""
+    def __init__(self):
+        self.proc = None
+        self.display = None
+
+    def start(self):
+        r, w = os.pipe()
+        self.proc = subprocess.Popen(["Xvfb", "-displayfd", str(w), "-screen", "0", "1280x800x24",
+                                      "-nolisten", "tcp"], pass_fds=(w,),
+                                     stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                     start_new_session=True, preexec_fn=_die_with_parent)
+        os.close(w)
+        with os.fdopen(r) as f:
+            self.display = ":" + f.readline().strip()
+        log(f"  Xvfb on display {self.display}")
+        return self.display
+
+    def stop(self):
+        if self.proc and self.proc.poll() is None:
+            self.proc.terminate()
+            self.proc.wait(timeout=5)
+
+
 class Runner:
     def __init__(self, args, servers, sums):
         self.args = args
@@ -368,6 +414,8 @@ class Runner:
         """The processes to start for one run (all at once)."""
         if client == "corvane":
             return [[self.args.corvane, "--headless", "--home", self.home] + [u for u, _, _ in jobs]]
+        if client == "corvane-gui":
+            return [[self.args.corvane, "--home", self.home] + [u for u, _, _ in jobs]]
         if client == "curl":
             cmd = ["curl", "-sS", "--fail"]
             if scenario == "d":
@@ -392,6 +440,8 @@ class Runner:
         maxdesc = MANY_COUNT if scenario == "c" else 10
         with open(os.path.join(self.home, "corvane.ini"), "wb") as f:
             f.write(corvane_ini(self.dest + "/", maxdesc, os.path.join(self.home, "historial.rtf")))
+        with open(os.path.join(self.home, "view.win"), "wb") as f:
+            f.write(GUI_VIEWS)
 
     def kill_running(self):
         for proc in self.running:
@@ -426,11 +476,18 @@ class Runner:
         rss_files = [os.path.join(self.state_dir, f"rss{i}") for i in range(len(cmds))]
         # Corvane trusts the test authority through SSL_CERT_FILE, as other programs allow.
         env = dict(os.environ, SSL_CERT_FILE=self.servers.ca_file)
+        if client == "corvane-gui":
+            env.update(DISPLAY=self.args.display, QT_QPA_PLATFORM="xcb")
         self.running = [subprocess.Popen([TIME, "-f", "%M", "-o", rf] + c, env=env,
                                          stdin=subprocess.DEVNULL, stdout=out,
                                          stderr=subprocess.STDOUT, start_new_session=True)
                         for c, rf in zip(cmds, rss_files)]
         watchdog.start()
+        if client == "corvane-gui":
+            threading.Thread(target=close_when_done, daemon=True,
+                             args=(self.running[0], [os.path.join(self.dest, n) for _, _, n in jobs],
+                                   [os.path.getsize(os.path.join(self.args.data, r))
+                                    for _, r, _ in jobs])).start()
         cpu = 0.0
         minflt = 0
         rss_sum = 0
@@ -531,6 +588,38 @@ def spread(values, digits=0):
     return f"{fmt(statistics.median(values), digits)} ({fmt(min(values), digits)}–{fmt(max(values), digits)})"
 
 
+def ratio_table(rs, rounds, mine_name, base_name, title):
+    """MB/s and CPU seconds of one client against another, round by round (runs seconds apart
+    see the same load), with the medians."""
+    speed, cpu, cells_s, cells_c = [], [], [], []
+    for rn in range(1, rounds + 1):
+        mine = next((r for r in rs if r["client"] == mine_name and r["round"] == rn), None)
+        base = next((r for r in rs if r["client"] == base_name and r["round"] == rn), None)
+        if mine is None or base is None:
+            continue
+        if not (mine["ok"] and base["ok"]):
+            cells_s.append("FAILED")
+            cells_c.append("FAILED")
+            continue
+        s = mine["mb_s"] / base["mb_s"]
+        c = mine["cpu_s"] / base["cpu_s"] if base["cpu_s"] > 0 else None
+        mark = "*" if is_noisy(mine) or is_noisy(base) else ""
+        speed.append(s)
+        cells_s.append(f"{s:.2f}{mark}")
+        if c is not None:
+            cpu.append(c)
+        cells_c.append(f"{c:.2f}{mark}" if c is not None else "—")
+    if not cells_s:
+        return []
+    med_s = f"{statistics.median(speed):.2f}" if speed else "—"
+    med_c = f"{statistics.median(cpu):.2f}" if cpu else "—"
+    return ["", f"| {title} | " + " | ".join(f"round {i + 1}" for i in range(len(cells_s)))
+            + " | median |",
+            "|---|" + "---|" * (len(cells_s) + 1),
+            "| MB/s | " + " | ".join(cells_s) + f" | {med_s} |",
+            "| CPU s | " + " | ".join(cells_c) + f" | {med_c} |"]
+
+
 def report(results, scenarios, clients, rounds):
     lines = []
     for sc in scenarios:
@@ -562,34 +651,10 @@ def report(results, scenarios, clients, rounds):
                 f"| {fmt(statistics.median([r['read_calls'] for r in ok]))} / "
                 f"{fmt(statistics.median([r['write_calls'] for r in ok]))} "
                 f"| {fmt(statistics.median([r['minor_faults'] for r in ok]))} |")
-        # Corvane/curl per round.
-        speed, cpu, cells_s, cells_c = [], [], [], []
-        for rn in range(1, rounds + 1):
-            cv = next((r for r in rs if r["client"] == "corvane" and r["round"] == rn), None)
-            cu = next((r for r in rs if r["client"] == "curl" and r["round"] == rn), None)
-            if cv is None or cu is None:
-                continue
-            if cv["ok"] and cu["ok"]:
-                s = cv["mb_s"] / cu["mb_s"]
-                c = cv["cpu_s"] / cu["cpu_s"] if cu["cpu_s"] > 0 else None
-                mark = "*" if is_noisy(cv) or is_noisy(cu) else ""
-                speed.append(s)
-                cells_s.append(f"{s:.2f}{mark}")
-                if c is not None:
-                    cpu.append(c)
-                cells_c.append(f"{c:.2f}{mark}" if c is not None else "—")
-            else:
-                cells_s.append("FAILED")
-                cells_c.append("FAILED")
-        if cells_s:
-            lines.append("")
-            lines.append("| Corvane/curl | " + " | ".join(f"round {i + 1}" for i in range(len(cells_s)))
-                         + " | median |")
-            lines.append("|---|" + "---|" * (len(cells_s) + 1))
-            med_s = f"{statistics.median(speed):.2f}" if speed else "—"
-            med_c = f"{statistics.median(cpu):.2f}" if cpu else "—"
-            lines.append("| MB/s | " + " | ".join(cells_s) + f" | {med_s} |")
-            lines.append("| CPU s | " + " | ".join(cells_c) + f" | {med_c} |")
+        # Per round: Corvane against curl, and the program with windows against headless.
+        for mine_name, base_name, title in (("corvane", "curl", "Corvane/curl"),
+                                            ("corvane-gui", "corvane", "windows/headless")):
+            lines += ratio_table(rs, rounds, mine_name, base_name, title)
         others = [r["other_cpu_s"] for r in rs]
         noisy = sum(1 for r in rs if is_noisy(r))
         lines.append("")
@@ -710,7 +775,9 @@ def main():
                     help="uncounted rounds first (the first run on a fresh machine is often "
                          "several times slower, whichever client it is)")
     ap.add_argument("--scenarios", default=os.environ.get("SCENARIOS", "a,b,c,d"))
-    ap.add_argument("--clients", default=os.environ.get("CLIENTS", ",".join(CLIENTS)))
+    ap.add_argument("--clients", default=os.environ.get("CLIENTS", ",".join(DEFAULT_CLIENTS)),
+                    help="any of " + ",".join(CLIENTS) + "; corvane-gui is the program with its "
+                         "windows under Xvfb")
     ap.add_argument("--no-wget-parallel", action="store_true",
                     default=os.environ.get("WGET_PARALLEL", "1") == "0",
                     help="skip wget in (c) instead of running 40 wget processes")
@@ -754,11 +821,14 @@ def main():
     preread(os.path.join(args.data, rel) for rel, _ in source_files(args.data))
 
     servers = Servers(args.state, args.data, args.python)
+    xdisplay = XDisplay()
     runner = None
     results = []
     prof = ""
     try:
         servers.start()
+        if "corvane-gui" in clients:
+            args.display = xdisplay.start()
         runner = Runner(args, servers, sums)
         for wn in range(1, args.warmup + 1):
             for sc in scenarios:
@@ -798,6 +868,7 @@ def main():
         return_code = 0
     finally:
         servers.stop()
+        xdisplay.stop()
         if runner:
             shutil.rmtree(runner.work, ignore_errors=True)
         if own_state:

@@ -191,6 +191,16 @@ void MainWindow::applyViewSwitches(const ViewSwitches &switches)
     }
 }
 
+void MainWindow::arrange()
+{
+    const auto shown = std::count_if(m_children.begin(), m_children.end(),
+                                     [](QMdiSubWindow *sub) { return sub && !sub->isHidden(); });
+    if (shown > 3)
+        m_mdi->tileSubWindows();
+    else
+        tile(Qt::Horizontal);
+}
+
 void MainWindow::tile(Qt::Orientation orientation)
 {
     QList<QMdiSubWindow *> shown;

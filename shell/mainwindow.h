@@ -47,6 +47,8 @@ public:
     void applyViewSwitches(const ViewSwitches &switches);
     // Child windows one above the other (`horizontal`) or side by side.
     void tile(Qt::Orientation orientation);
+    // A few windows one above the other, more of them in a grid.
+    void arrange();
 
     void setPanelText(int panel, const QString &text);
 

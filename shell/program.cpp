@@ -90,12 +90,10 @@ bool Program::restoreViews()
 {
     const QString path = m_folder.file(QStringLiteral("view.win"));
     try {
-        if (QFileInfo::exists(path)) {
-            m_main->applyViewSwitches(ViewSwitches::read(path));
-        } else {
-            m_main->applyViewSwitches(ViewSwitches::firstStart());
-            m_main->tile(Qt::Horizontal);
-        }
+        m_main->applyViewSwitches(QFileInfo::exists(path) ? ViewSwitches::read(path)
+                                                          : ViewSwitches::firstStart());
+        // Where the windows stood is not kept: they start side by side, none hidden by another.
+        m_main->arrange();
         return true;
     } catch (const Failure &failure) {
         startupError(failure.description());
