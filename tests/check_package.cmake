@@ -1,0 +1,31 @@
+# Builds the Debian package from the build tree and checks what it installs and depends on.
+execute_process(COMMAND ${CMAKE_COMMAND} -E rm -rf ${WORK_DIR})
+execute_process(COMMAND ${CPACK} -G DEB --config ${BUILD_DIR}/CPackConfig.cmake -B ${WORK_DIR}
+                RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+file(GLOB packages ${WORK_DIR}/corvane_*.deb)
+if(NOT result EQUAL 0 OR NOT packages)
+  message(FATAL_ERROR "cpack failed:\n${output}")
+endif()
+execute_process(COMMAND dpkg-deb --contents ${packages} OUTPUT_VARIABLE contents)
+foreach(file
+    ./usr/bin/corvane
+    ./usr/share/applications/corvane.desktop
+    ./usr/share/icons/hicolor/scalable/apps/corvane.svg
+    ./usr/share/icons/hicolor/48x48/apps/corvane.png
+    ./usr/share/corvane/msg/ding.wav
+    ./usr/share/corvane/msg/download.gif
+    ./usr/share/corvane/help.html
+    ./usr/share/corvane/inicio.html)
+  string(FIND "${contents}" " ${file}\n" at)
+  if(at EQUAL -1)
+    message(FATAL_ERROR "The package lacks ${file}:\n${contents}")
+  endif()
+endforeach()
+execute_process(COMMAND dpkg-deb --field ${packages} Depends OUTPUT_VARIABLE depends)
+foreach(dependency libqt6widgets6 libqt6webenginecore6 libqt6multimedia6 qt6-qpa-plugins)
+  string(FIND "${depends}" "${dependency}" at)
+  if(at EQUAL -1)
+    message(FATAL_ERROR "The package does not depend on ${dependency}: ${depends}")
+  endif()
+endforeach()
+execute_process(COMMAND ${CMAKE_COMMAND} -E rm -rf ${WORK_DIR})
