@@ -20,14 +20,7 @@ bool WebNavigation::beforeNavigate(const QString &url)
 {
     m_silent = true;
     if (url.startsWith(DownloadPrefix)) {
-        const QString address = url.mid(DownloadPrefix.size());
-        // A refused address has had its message; announcing it as added would be false.
-        if (!m_añadir(address))
-            return false;
-        m_notifier.playSound(QStringLiteral("ding.wav"));
-        m_notifier.message(QStringLiteral("Se ha añadido ") + address +
-                               QStringLiteral(" a la lista."),
-                           QStringLiteral("download.gif"));
+        addDownload(url.mid(DownloadPrefix.size()));
         return false;
     }
     if (url.startsWith(MailPrefix)) {
@@ -42,6 +35,16 @@ bool WebNavigation::beforeNavigate(const QString &url)
         return false;
     }
     return true;
+}
+
+void WebNavigation::addDownload(const QString &address)
+{
+    // A refused address has had its message; announcing it as added would be false.
+    if (!m_añadir(address))
+        return;
+    m_notifier.playSound(QStringLiteral("ding.wav"));
+    m_notifier.message(QStringLiteral("Se ha añadido ") + address + QStringLiteral(" a la lista."),
+                       QStringLiteral("download.gif"));
 }
 
 void WebNavigation::alert(const QString &text)

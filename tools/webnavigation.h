@@ -20,6 +20,8 @@ public:
 
     // Runs before each navigation; false cancels it. The prefixes are compared in exact case.
     bool beforeNavigate(const QString &url);
+    // Adds `address` to the downloads and says so, as a "zelq:" link does.
+    void addDownload(const QString &address);
 
     bool silent() const { return m_silent; }
     void setSilent(bool silent) { m_silent = silent; }

@@ -5,6 +5,8 @@
 #include <QLabel>
 #include <QStatusBar>
 #include <QVBoxLayout>
+#include <QWebEngineDownloadRequest>
+#include <QWebEngineProfile>
 #include <QWebEngineView>
 
 WebWindow::WebWindow(WebNavigation::AddDownload añadir, Notifier &notifier, Desktop &desktop,
@@ -53,6 +55,13 @@ void WebWindow::open()
     setFocusProxy(m_explorador);
 
     connect(page, &QWebEnginePage::linkHovered, this, &WebWindow::showHoveredLink);
+    // A file the page cannot show is a download, and downloads are this program's job.
+    connect(page->profile(), &QWebEngineProfile::downloadRequested, this,
+            [this](QWebEngineDownloadRequest *request) {
+                const QString address = request->url().toString();
+                request->cancel();
+                m_navigation.addDownload(address);
+            });
     connect(page, &QWebEnginePage::loadStarted, this,
             [this] { showLoad(QStringLiteral("Abriendo la página...")); });
     connect(page, &QWebEnginePage::loadProgress, this, [this](int percent) {
