@@ -53,8 +53,13 @@ void LinkGrabber::load(const QString &clipboard)
     if (QFileInfo::exists(file)) {
         try {
             TextFileReader reader = TextFileReader::open(file);
-            while (!reader.atEnd())
-                m_ext.append(reader.readLine());
+            // The file keeps the whole list, built-in endings included; read back as they are,
+            // those would be listed once more every time the list is saved.
+            while (!reader.atEnd()) {
+                const QString ending = reader.readLine();
+                if (!BuiltInEndings.contains(ending))
+                    m_ext.append(ending);
+            }
         } catch (const Failure &failure) {
             m_desktop.messageBox(failure.description(), Desktop::Icon::Critical);
         }
