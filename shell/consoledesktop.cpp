@@ -13,6 +13,10 @@ void ConsoleDesktop::say(const QString &text)
 {
     QString line = text;
     line.replace(QLatin1String("\r\n"), QLatin1String(" "));
+    // One event may reach both the status bar and a message window; it is said once.
+    if (line == m_lastLine)
+        return;
+    m_lastLine = line;
     m_err << line << Qt::endl;
 }
 

@@ -32,6 +32,7 @@ public:
 
 private:
     QTextStream m_err;
+    QString m_lastLine;
 };
 
 // History lines as plain lines on stderr.
