@@ -143,6 +143,11 @@ void MainWindow::bringForward(ViewSwitches::Switch which)
     QMdiSubWindow *sub = m_children[which];
     if (!sub)
         return;
+    // A window shown for the first time, not by arranging them all, comes at the size it asks.
+    if (!m_placed.contains(sub)) {
+        m_placed.insert(sub);
+        sub->resize(sub->sizeHint().boundedTo(m_mdi->viewport()->size()));
+    }
     sub->show();
     sub->widget()->show();
     m_mdi->setActiveSubWindow(sub);
@@ -223,6 +228,7 @@ void MainWindow::tile(Qt::Orientation orientation)
     const int share = std::max(0, extent(area) - needed) / int(shown.size());
     int at = 0;
     for (QMdiSubWindow *sub : std::as_const(shown)) {
+        m_placed.insert(sub);
         sub->showNormal();
         const int length = extent(sub->minimumSizeHint()) + share;
         if (stacked)

@@ -3,6 +3,7 @@
 #include "viewswitches.h"
 
 #include <QMainWindow>
+#include <QSet>
 #include <array>
 
 class MainActions;
@@ -77,5 +78,6 @@ private:
     QPushButton *m_addquick = nullptr;
     std::array<QLabel *, 3> m_panels{};
     std::array<QMdiSubWindow *, ViewSwitches::Count> m_children{};
+    QSet<QMdiSubWindow *> m_placed;
     bool m_closing = false;
 };
