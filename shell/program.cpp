@@ -8,6 +8,7 @@
 #include "historywindow.h"
 #include "homepage.h"
 #include "inactivewindow.h"
+#include "linkdrop.h"
 #include "linkgrabberwindow.h"
 #include "mainactions.h"
 #include "mainwindow.h"
@@ -77,6 +78,8 @@ void Program::build()
     m_active.startTimers();
 
     m_about = new AboutWindow(m_main.get());
+    new LinkDropTarget(m_main.get(),
+                       [this](const QString &url) { m_active.AgregarArrastrando(url); });
     wireMenus();
     wireEngine();
     m_main->show();

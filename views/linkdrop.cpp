@@ -7,10 +7,13 @@
 
 QString droppedAddress(const QMimeData &data)
 {
+    // A file of this machine is no download: the drop is refused as it comes.
     for (const QUrl &url : data.urls()) {
-        if (!url.isEmpty())
+        if (!url.isEmpty() && !url.isLocalFile())
             return url.toString(QUrl::FullyEncoded);
     }
+    if (data.hasUrls())
+        return {};
     const QStringList lines = data.text().split(QLatin1Char('\n'));
     for (const QString &line : lines) {
         const QString address = line.trimmed();

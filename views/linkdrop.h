@@ -6,8 +6,8 @@
 class QMimeData;
 class QWidget;
 
-// The address in what was dropped: the first link of a link list, else the first line of the
-// text; empty when there is neither.
+// The address in what was dropped: the first link of a link list (files of this machine are not
+// links), else the first line of the text; empty when there is neither.
 QString droppedAddress(const QMimeData &data);
 
 // Lets links be dropped anywhere on `target` and hands each address to `take` once the drop is
