@@ -1,0 +1,402 @@
+#include "cfgwindow.h"
+#include "ftplogindialog.h"
+#include "settingsfixture.h"
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTabWidget>
+#include <QTest>
+
+namespace {
+
+// Every setting as "name=value", so a table row names only the values it is about.
+struct Text
+{
+    static QString of(int value) { return QString::number(value); }
+    static QString of(const QString &text) { return text; }
+    static QString of(const QStringList &list) { return list.join('|'); }
+};
+QMap<QString, QString> describe(const Settings &s)
+{
+#define FIELD(name) std::pair<QString, QString>(#name, Text::of(s.name))
+    return {FIELD(defdir),    FIELD(initstart), FIELD(showmsg), FIELD(exevirus),   FIELD(virus),
+            FIELD(segs),      FIELD(segsv),     FIELD(veces),   FIELD(vecesv),     FIELD(delinc),
+            FIELD(dellista),  FIELD(autocont),  FIELD(maxdesc), FIELD(maxdescval), FIELD(wait),
+            FIELD(waitv),     FIELD(checkact),  FIELD(autoact), FIELD(notact),     FIELD(msgno),
+            FIELD(msgdialog), FIELD(msgsys),    FIELD(wavs),    FIELD(histrut),    FIELD(histsize),
+            FIELD(hsizet),    FIELD(ext)};
+#undef FIELD
+}
+
+// A complete file whose values are easy to tell from the built-in ones where it matters.
+QStringList fullFile()
+{
+    return QString("/srv/bajadas/| 1 | 0 | 0 ||5|5| 0 | 0 | 1 |10|10| 1 |False|True|False|True|"
+                   "False| 1 |/srv/historial.rtf| 10 ")
+        .split('|');
+}
+
+QStringList edited(std::initializer_list<std::pair<int, QString>> lines)
+{
+    QStringList file = fullFile();
+    for (const auto &[number, text] : lines)
+        file[number - 1] = text;
+    return file;
+}
+
+const QString DefaultExt = ".zip|.exe|.cab|.tar|.ace|.com|.arj|.doc|.vb|.vbs|.gz|.js|.pif";
+
+// The settings window over a fresh program folder; controls are found by name.
+struct WindowFixture : SettingsFixture
+{
+    CfgWindow window{model, desktop};
+
+    template <typename T> T *child(const QString &name)
+    {
+        auto *found = window.findChild<T *>(name);
+        if (!found)
+            qFatal("no control %s", qPrintable(name));
+        return found;
+    }
+    void click(const QString &name) { child<QPushButton>(name)->click(); }
+    QStringList ext()
+    {
+        QStringList texts;
+        for (auto *list = child<QListWidget>("ext"); texts.size() < list->count();)
+            texts.append(list->item(texts.size())->text());
+        return texts;
+    }
+};
+
+} // namespace
+
+class TestSettings : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void writesDefaults();
+    void reading_data();
+    void reading();
+    void saveEmptyFolder_data();
+    void saveEmptyFolder();
+    void cancelRestores();
+    void aceptWritesWhatIsShown();
+    void browse_data();
+    void browse();
+    void extensions();
+    void ftpLoginDialog();
+};
+
+void TestSettings::writesDefaults()
+{
+    SettingsFixture f;
+
+    QVERIFY(f.model.save());
+
+    const QByteArray folder = f.folder().toUtf8();
+    QCOMPARE(f.read("corvane.ini"),
+             folder +
+                 "/download/\r\n 1 \r\n 0 \r\n 0 \r\n\r\n5\r\n5\r\n 0 \r\n 0 \r\n"
+                 " 1 \r\n10\r\n10\r\n 1 \r\nFalse\r\nTrue\r\nFalse\r\nTrue\r\n"
+                 "False\r\n 1 \r\n" +
+                 folder +
+                 "/historial.rtf\r\n 10 \r\n.zip\r\n.exe\r\n.cab\r\n.tar\r\n"
+                 ".ace\r\n.com\r\n.arj\r\n.doc\r\n.vb\r\n.vbs\r\n.gz\r\n.js\r\n.pif\r\n");
+    QCOMPARE(f.history.lines.size(), 1);
+    QVERIFY2(QRegularExpression("^\r\nConfiguración cambiada a las \\d\\d:\\d\\d:\\d\\d$")
+                 .match(f.history.lines.first())
+                 .hasMatch(),
+             qPrintable(f.history.lines.first()));
+    QVERIFY(f.desktop.calls.isEmpty());
+}
+
+void TestSettings::reading_data()
+{
+    QTest::addColumn<bool>("exists");
+    QTest::addColumn<QStringList>("lines");
+    QTest::addColumn<QStringList>("expected"); // "name=value"; %DIR% is the program folder
+    QTest::addColumn<QString>("message");      // the one critical message, empty for none
+
+    const QString pastEnd = "Se ha sobrepasado el final del archivo";
+    QTest::newRow("missing file")
+        << false << QStringList()
+        << QStringList{"defdir=%DIR%/download/", "histrut=%DIR%/historial.rtf", "segsv=5",
+                       "initstart=1", "ext=" + DefaultExt}
+        << "No se encuentra el archivo de configuración %DIR%/corvane.ini";
+    QTest::newRow("empty file") << true << QStringList()
+                                << QStringList{"defdir=%DIR%/download/", "ext=" + DefaultExt}
+                                << pastEnd;
+    QTest::newRow("21 lines leave ext empty")
+        << true << fullFile()
+        << QStringList{"defdir=/srv/bajadas/", "histrut=/srv/historial.rtf", "ext="} << "";
+    QTest::newRow("ext read to the end") << true << fullFile() + QStringList{".iso", "", ".rar"}
+                                         << QStringList{"ext=.iso||.rar"} << "";
+    QTest::newRow("folder gains separator")
+        << true << edited({{1, "/srv/descargas"}}) << QStringList{"defdir=/srv/descargas/"} << "";
+    QTest::newRow("empty folder lines")
+        << true << edited({{1, ""}, {20, ""}})
+        << QStringList{"defdir=%DIR%/download/", "histrut=%DIR%/historial.rtf"} << "";
+    QTest::newRow("whole lines keep blanks and commas")
+        << true << edited({{5, " /opt/a, b/scan "}}) << QStringList{"virus= /opt/a, b/scan "} << "";
+    // The comma ends the field; what follows it is the next value and everything shifts.
+    QTest::newRow("comma in segs")
+        << true << edited({{6, "12,5"}})
+        << QStringList{"segs=12", "segsv=12", "veces=5", "vecesv=5", "delinc=0"}
+        << "Valor no válido en corvane.ini: \"5\" no es 0 ni 1 en una casilla";
+    QTest::newRow("lenient numbers")
+        << true << edited({{2, "0 no"}, {12, "15 segundos"}, {21, " 250 "}})
+        << QStringList{"initstart=0", "wait=15", "waitv=15", "histsize=250", "hsizet=250"} << "";
+    // The text box follows its spin box only when the value changes.
+    QTest::newRow("unchanged spin keeps text") << true << edited({{12, "10 segundos"}})
+                                               << QStringList{"wait=10 segundos", "waitv=10"} << "";
+    QTest::newRow("all options False")
+        << true << edited({{15, "False"}, {17, "False"}})
+        << QStringList{"autoact=0", "notact=1", "msgno=0", "msgdialog=1", "msgsys=0"} << "";
+    QTest::newRow("last True wins, numbers as options")
+        << true << edited({{14, "-1"}, {15, "0"}, {16, "True"}, {17, "False"}, {18, "True"}})
+        << QStringList{"autoact=1", "notact=0", "msgno=0", "msgdialog=0", "msgsys=1"} << "";
+    QTest::newRow("truncated keeps what was read")
+        << true << edited({{2, " 0 "}, {6, "30"}}).mid(0, 12)
+        << QStringList{"defdir=/srv/bajadas/",        "initstart=0",      "segsv=30", "waitv=10",
+                       "histrut=%DIR%/historial.rtf", "ext=" + DefaultExt}
+        << pastEnd;
+    QTest::newRow("garbled option")
+        << true << edited({{14, "True"}, {15, "Quizás"}, {16, "True"}})
+        << QStringList{"autoact=1", "notact=0", "msgno=0", "msgdialog=1"}
+        << "No coinciden los tipos: \"Quizás\" no es un valor lógico";
+    QTest::newRow("spin out of range")
+        << true << edited({{7, "70"}, {8, " 1 "}})
+        << QStringList{"veces=70", "vecesv=5", "delinc=0"}
+        << "Valor no válido en corvane.ini: 70 está fuera del intervalo de 0 a 50";
+    QTest::newRow("text read as zero is out of range")
+        << true << edited({{11, "diez"}}) << QStringList{"maxdesc=diez", "maxdescval=10"}
+        << "Valor no válido en corvane.ini: 0 está fuera del intervalo de 1 a 40";
+    QTest::newRow("check box neither 0 nor 1")
+        << true << edited({{2, " 0 "}, {3, " 2 "}, {4, " 1 "}})
+        << QStringList{"initstart=0", "showmsg=0", "exevirus=0"}
+        << "Valor no válido en corvane.ini: \"2\" no es 0 ni 1 en una casilla";
+}
+
+void TestSettings::reading()
+{
+    QFETCH(bool, exists);
+    QFETCH(QStringList, lines);
+    QFETCH(QStringList, expected);
+    QFETCH(QString, message);
+    SettingsFixture f;
+    if (exists)
+        f.write("corvane.ini", lines.isEmpty() ? "" : (lines.join("\r\n") + "\r\n").toUtf8());
+    const Settings *live = &f.model.settings();
+    QSignalSpy changed(&f.model, &SettingsModel::changed);
+
+    QCOMPARE(f.model.load(), message.isEmpty());
+
+    message.replace("%DIR%", f.folder());
+    QCOMPARE(f.desktop.calls,
+             message.isEmpty() ? QStringList() : QStringList{"messageBox|Critical|" + message});
+    QCOMPARE(changed.count(), 1);
+    QCOMPARE(&f.model.settings(), live);
+    const QMap<QString, QString> actual = describe(f.model.settings());
+    for (QString item : expected) {
+        item.replace("%DIR%", f.folder());
+        const QString name = item.section('=', 0, 0);
+        QCOMPARE(name + '=' + actual.value(name), item);
+    }
+}
+
+void TestSettings::saveEmptyFolder_data()
+{
+    QTest::addColumn<QString>("subfolder");
+    QTest::addColumn<bool>("written");
+    QTest::newRow("written") << "" << true;
+    QTest::newRow("folder missing") << "no/such/folder" << false;
+}
+
+void TestSettings::saveEmptyFolder()
+{
+    QFETCH(QString, subfolder);
+    QFETCH(bool, written);
+    SettingsFixture f(subfolder);
+    f.model.setText(&Settings::defdir, "");
+
+    QCOMPARE(f.model.save(), written);
+
+    QCOMPARE(f.history.lines.size(), 1);
+    QCOMPARE(f.desktop.calls.size(), written ? 0 : 1);
+    QVERIFY(f.desktop.calls.value(0, "messageBox|Critical|").startsWith("messageBox|Critical|"));
+    // The file keeps the empty line; the folder default applies once it is written.
+    QCOMPARE(f.model.settings().defdir, written ? f.folder() + "/download/" : QString());
+    QCOMPARE(f.read("corvane.ini").startsWith("\r\n 1 \r\n"), written);
+}
+
+void TestSettings::cancelRestores()
+{
+    WindowFixture f;
+    QVERIFY(f.model.save());
+    f.window.show();
+    QCOMPARE(f.window.windowTitle(), "Configuración");
+    auto *tab = f.child<QTabWidget>("tab");
+    QCOMPARE((QStringList{tab->tabText(0), tab->tabText(1), tab->tabText(2), tab->tabText(3)}),
+             (QStringList{"Opciones generales", "Descargas", "Actualizaciones", "Notificaciones"}));
+    QCOMPARE(tab->count(), 4);
+    const QStringList savedExt = f.ext();
+    const QMap<QString, QString> saved = describe(f.model.settings());
+
+    // Every kind of control edited, then Cancelar.
+    QTest::keyClicks(f.child<QLineEdit>("virus"), "/usr/bin/scan");
+    f.child<QCheckBox>("initstart")->click();
+    f.child<QSpinBox>("segsv")->setValue(42);
+    QCOMPARE(f.child<QLineEdit>("segs")->text(), "42");
+    f.child<QRadioButton>("msgno")->click();
+    QVERIFY(f.model.settings().msgno);
+    f.child<QListWidget>("ext")->setCurrentRow(0);
+    f.click("del");
+    f.desktop.inputAnswers.push_back(QString(".iso"));
+    f.click("add");
+    f.click("cancel");
+
+    QVERIFY(!f.window.isVisible());
+    QCOMPARE(f.child<QLineEdit>("virus")->text(), QString());
+    QVERIFY(f.child<QCheckBox>("initstart")->isChecked());
+    QCOMPARE(f.child<QSpinBox>("segsv")->value(), 5);
+    QCOMPARE(f.child<QLineEdit>("segs")->text(), "5");
+    QVERIFY(f.child<QRadioButton>("msgdialog")->isChecked());
+    QVERIFY(!f.child<QRadioButton>("msgno")->isChecked());
+    QCOMPARE(f.ext(), savedExt);
+    QCOMPARE(describe(f.model.settings()), saved);
+    QCOMPARE(f.desktop.callsOf("messageBox"), QStringList());
+}
+
+void TestSettings::aceptWritesWhatIsShown()
+{
+    WindowFixture f;
+    f.window.show();
+    f.child<QLineEdit>("defdir")->setText("/srv/a, b/");
+    f.child<QLineEdit>("virus")->setText("/usr/bin/clam scan");
+    f.child<QSpinBox>("segsv")->setValue(60);
+    f.child<QLineEdit>("veces")->setText("7");
+    f.child<QLineEdit>("wait")->setText("25");
+    f.child<QSpinBox>("histsize")->setValue(4999);
+    f.child<QCheckBox>("wavs")->click();
+    f.child<QCheckBox>("exevirus")->click();
+    f.child<QRadioButton>("msgno")->click();
+    f.child<QRadioButton>("autoact")->click();
+    f.desktop.inputAnswers.push_back(QString(".iso"));
+    f.click("add");
+    f.child<QListWidget>("ext")->setCurrentRow(0);
+    f.click("del");
+
+    f.click("acept");
+
+    QVERIFY(!f.window.isVisible());
+    QCOMPARE(f.history.lines.size(), 1);
+    const QList<QByteArray> lines = f.read("corvane.ini").split('\n');
+    QCOMPARE(lines.at(11), "25\r");    // the text box, not the spin value
+    QCOMPARE(lines.at(13), "True\r");  // autoact
+    QCOMPARE(lines.at(14), "False\r"); // notact
+    QCOMPARE(lines.at(18), " 0 \r");   // wavs
+    QCOMPARE(lines.at(33), ".iso\r");
+
+    // Read back, the file gives what the window showed; the text boxes are what it keeps, and
+    // their spin boxes follow them on reading.
+    SettingsModel read(ProgramFolder(f.dir.path()), f.desktop, f.history);
+    QVERIFY(read.load());
+    QMap<QString, QString> expected = describe(f.model.settings());
+    expected["vecesv"] = "7";
+    expected["waitv"] = "25";
+    QCOMPARE(describe(read.settings()), expected);
+    QCOMPARE(f.desktop.callsOf("messageBox"), QStringList());
+}
+
+void TestSettings::browse_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<bool>("taken");
+    QTest::addColumn<QString>("answer");
+    QTest::newRow("folder, no separator added") << "brdir" << true << "/srv/bajadas";
+    QTest::newRow("folder cancelled") << "brdir" << false << "";
+    QTest::newRow("antivirus chosen") << "brvirus" << true << "/usr/bin/scan";
+    QTest::newRow("antivirus pattern") << "brvirus" << false << "*.exe";
+    QTest::newRow("antivirus cancelled") << "brvirus" << false << "";
+    QTest::newRow("history chosen") << "histbr" << true << "/srv/h.rtf";
+    QTest::newRow("history pattern") << "histbr" << false << "*.rtf";
+    QTest::newRow("history cancelled") << "histbr" << false << "";
+}
+
+void TestSettings::browse()
+{
+    QFETCH(QString, button);
+    QFETCH(bool, taken);
+    QFETCH(QString, answer);
+    const QHash<QString, QString> boxes{
+        {"brdir", "defdir"}, {"brvirus", "virus"}, {"histbr", "histrut"}};
+    WindowFixture f;
+    auto *edit = f.child<QLineEdit>(boxes.value(button));
+    const QString old = edit->text();
+    f.desktop.fileAnswers.push_back(answer);
+
+    f.click(button);
+
+    QCOMPARE(edit->text(), taken ? answer : old);
+    QCOMPARE(f.desktop.calls.size(), 1);
+    if (button == "histbr")
+        QCOMPARE(f.desktop.calls.first(), "saveFileDialog|" + old + "|*.rtf");
+}
+
+void TestSettings::extensions()
+{
+    WindowFixture f;
+    f.child<QListWidget>("ext")->clearSelection();
+    f.click("del"); // nothing selected: nothing goes
+    f.desktop.inputAnswers = {QString(".exe"), QString(), std::nullopt, QString("iso")};
+    for (int i = 0; i < 4; ++i)
+        f.click("add");
+    QStringList expected = DefaultExt.split('|') + QStringList{".exe", "iso"}; // as typed
+    QCOMPARE(f.ext(), expected);
+    QCOMPARE(f.desktop.callsOf("inputBox").first(),
+             "Escriba la extensión del tipo de archivo con el punto (p.ej .exe)|");
+
+    f.child<QListWidget>("ext")->setCurrentRow(1);
+    f.click("del");
+    expected.removeAt(1);
+    QCOMPARE(f.ext(), expected);
+    QCOMPARE(f.model.settings().ext, expected);
+}
+
+void TestSettings::ftpLoginDialog()
+{
+    FtpLoginDialog dialog;
+    QCOMPARE(dialog.windowTitle(), "Usuario/Contraseña");
+    auto *remember = dialog.findChild<QCheckBox *>("remember");
+    QCOMPARE(remember->text(), "Recordar nombre de usuario y contraseña al reconectar");
+    const FtpCredentials fresh = dialog.credentials();
+    QCOMPARE((QStringList{fresh.usernm, fresh.passw}), (QStringList{"anonymous", "freepwd"}));
+    QVERIFY(!fresh.rememb);
+
+    // A click in a box selects what it holds, so what is typed replaces it.
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    for (const QString name : {"password", "username"}) {
+        auto *edit = dialog.findChild<QLineEdit *>(name);
+        edit->deselect();
+        QTest::mouseClick(edit, Qt::LeftButton);
+        QTRY_COMPARE(edit->selectedText(), edit->text());
+        QTest::keyClicks(edit, name == "password" ? "secreta" : "ana");
+    }
+    remember->click();
+    QTest::mouseClick(dialog.findChild<QPushButton *>("aceptar"), Qt::LeftButton);
+    QVERIFY(!dialog.isVisible());
+    const FtpCredentials typed = dialog.credentials();
+    QCOMPARE((QStringList{typed.usernm, typed.passw}), (QStringList{"ana", "secreta"}));
+    QVERIFY(typed.rememb);
+}
+
+QTEST_MAIN(TestSettings)
+#include "tst_settings.moc"
