@@ -10,6 +10,8 @@
 #include <QTest>
 #include <thread>
 
+// The command line, the program folder it leads to, and what keeps a second program off a
+// folder in use; the hand-over itself is run end to end by tst_program.
 class TestSingleInstance : public QObject
 {
     Q_OBJECT
@@ -19,8 +21,7 @@ private Q_SLOTS:
     void commandLine();
     void folders_data();
     void folders();
-    void lock();
-    void handOver();
+    void staleLock();
     void badMessages_data();
     void badMessages();
 };
@@ -55,23 +56,12 @@ void TestSingleInstance::folders_data()
     QTest::addColumn<bool>("installed");
     QTest::addColumn<bool>("writable");
     QTest::addColumn<QString>("home");
-    QTest::addColumn<QString>("folder"); // "exe", "user" or "home"
-    QTest::addColumn<QString>("data");   // "exe", "user", "home" or "share"
-    QTest::newRow("build folder") << false << true << ""
-                                  << "exe"
-                                  << "exe";
-    QTest::newRow("build folder, --home") << false << true << "home"
-                                          << "home"
-                                          << "exe";
-    QTest::newRow("folder not writable") << false << false << ""
-                                         << "user"
-                                         << "exe";
-    QTest::newRow("installed") << true << true << ""
-                               << "user"
-                               << "share";
-    QTest::newRow("installed, --home") << true << false << "home"
-                                       << "home"
-                                       << "share";
+    QTest::addColumn<QStringList>("chosen"); // the program folder, then where msg/ is read
+    QTest::newRow("build folder") << false << true << "" << QStringList{"exe", "exe"};
+    QTest::newRow("build folder, --home") << false << true << "home" << QStringList{"home", "exe"};
+    QTest::newRow("folder not writable") << false << false << "" << QStringList{"user", "exe"};
+    QTest::newRow("installed") << true << true << "" << QStringList{"user", "share"};
+    QTest::newRow("installed, --home") << true << false << "home" << QStringList{"home", "share"};
 }
 
 void TestSingleInstance::folders()
@@ -79,6 +69,7 @@ void TestSingleInstance::folders()
     QFETCH(bool, installed);
     QFETCH(bool, writable);
     QFETCH(QString, home);
+    QFETCH(QStringList, chosen);
     QTemporaryDir root;
     const QString exe = root.filePath("bin");
     QVERIFY(QDir().mkpath(exe));
@@ -88,59 +79,29 @@ void TestSingleInstance::folders()
                                          {"user", root.filePath("user")},
                                          {"home", root.filePath("home")},
                                          {"share", root.filePath("share/corvane")}};
-    QFile::setPermissions(exe, writable ? QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner
-                                        : QFile::ReadOwner | QFile::ExeOwner);
+    const auto all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    QFile::setPermissions(exe, writable ? all : QFile::ReadOwner | QFile::ExeOwner);
     CommandLine command;
     command.home = places.value(home);
-    const ProgramFolder chosen = programFolderFor(command, exe, places["user"]);
-    QFile::setPermissions(exe, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const ProgramFolder folder = programFolderFor(command, exe, places["user"]);
+    QFile::setPermissions(exe, all);
     // Root writes anywhere: the unwritable case can only be seen by another user.
     if (!writable && !installed && QFileInfo(exe).isWritable())
         QSKIP("running as root");
-    QFETCH(QString, folder);
-    QFETCH(QString, data);
-    QCOMPARE(chosen.dir(), places[folder]);
-    QCOMPARE(chosen.dataFile("msg"), places[data] + "/msg");
+    QCOMPARE(folder.dir(), places[chosen[0]]);
+    QCOMPARE(folder.dataFile("msg"), places[chosen[1]] + "/msg");
 }
 
-void TestSingleInstance::lock()
+void TestSingleInstance::staleLock()
 {
+    // The lock of a program that was killed is taken over.
     QTemporaryDir dir;
-    const ProgramFolder folder(dir.path());
-    {
-        InstanceLock first(folder);
-        QVERIFY(first.tryLock());
-        InstanceLock second(folder);
-        QVERIFY(!second.tryLock());
-    }
-    // The lock of a program that died is taken over.
     QFile stale(dir.filePath("corvane.lock"));
     QVERIFY(stale.open(QIODevice::WriteOnly));
     stale.write("999999\ncorvane\n" + QSysInfo::machineHostName().toUtf8() + "\n");
     stale.close();
-    InstanceLock after(folder);
-    QVERIFY(after.tryLock());
-}
-
-void TestSingleInstance::handOver()
-{
-    QTemporaryDir dir;
-    const ProgramFolder folder(dir.path());
-    InstanceChannel channel(folder);
-    QVERIFY(channel.listen());
-    QSignalSpy received(&channel, &InstanceChannel::received);
-    bool taken = false;
-    std::thread later([&] {
-        taken = InstanceChannel::handOver(folder, {"http://h/a.zip", "zelq:https://h/b.iso"});
-    });
-    QTRY_COMPARE(received.size(), 1);
-    later.join();
-    QVERIFY(taken);
-    QCOMPARE(received.first().first().toStringList(),
-             (QStringList{"http://h/a.zip", "https://h/b.iso"}));
-    // Nobody listening for another folder.
-    QTemporaryDir other;
-    QVERIFY(!InstanceChannel::handOver(ProgramFolder(other.path()), {"http://h/c"}));
+    InstanceLock lock{ProgramFolder(dir.path())};
+    QVERIFY(lock.tryLock());
 }
 
 void TestSingleInstance::badMessages_data()
