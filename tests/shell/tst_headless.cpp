@@ -16,7 +16,7 @@ struct Run
     QProcess process;
     Run(const QString &home, const QStringList &urls)
     {
-        process.start(Program, QStringList{"--headless", "--home", home} + urls);
+        process.start(Program, QStringList{"--headless", "--home=" + home} + urls);
     }
     bool ended() const { return process.state() == QProcess::NotRunning; }
     QString out() { return QString::fromUtf8(process.readAllStandardOutput()); }
@@ -32,6 +32,7 @@ class TestHeadless : public QObject
 private Q_SLOTS:
     void queueAndFailures();
     void stopsOnTermAndResumes();
+    void usage_data();
     void usage();
 };
 
@@ -45,7 +46,8 @@ void TestHeadless::queueAndFailures()
         return request.contains("nada.zip") ? HttpReply::of("HTTP/1.1 404 No\r\n\r\n")
                                             : ScriptedHttpServer::file(Content, request, true);
     });
-    QStringList urls{server.url("nada.zip"), "HTTPS://x/y"};
+    // Only "zelq:" in small letters marks a link: the other is an address and is refused.
+    QStringList urls{server.url("nada.zip"), "ZELQ:" + server.url("z.bin")};
     for (int i = 0; i < 6; ++i)
         urls << server.url(QStringLiteral("a/f%1.bin").arg(i));
 
@@ -104,16 +106,29 @@ void TestHeadless::stopsOnTermAndResumes()
     QCOMPARE(f.read("download/f.bin"), Content);
 }
 
+void TestHeadless::usage_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("printed"); // how what it prints begins
+    QTest::newRow("help") << QStringList{"--help"} << 0 << "Uso: corvane";
+    QTest::newRow("unknown option") << QStringList{"--headless", "--rápido"} << 2
+                                    << "Opción desconocida: --rápido\n\nUso: corvane";
+    QTest::newRow("home without folder") << QStringList{"--headless", "--home"} << 2
+                                         << "Falta la carpeta después de --home\n\nUso: corvane";
+}
+
 void TestHeadless::usage()
 {
+    QFETCH(QStringList, arguments);
     QProcess process;
-    process.start(Program, {"--headless", "--desconocida"});
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(Program, arguments);
     QVERIFY(process.waitForFinished());
-    QCOMPARE(process.exitCode(), 2);
-    process.start(Program, {"--help"});
-    QVERIFY(process.waitForFinished());
-    QCOMPARE(process.exitCode(), 0);
-    QVERIFY(process.readAllStandardOutput().startsWith("Uso: corvane"));
+    QTEST(process.exitCode(), "status");
+    const QString output = QString::fromUtf8(process.readAll());
+    QFETCH(QString, printed);
+    QVERIFY2(output.startsWith(printed), qPrintable(output));
 }
 
 QTEST_GUILESS_MAIN(TestHeadless)

@@ -86,8 +86,8 @@ private Q_SLOTS:
     void reading();
     void saveEmptyFolder_data();
     void saveEmptyFolder();
-    void cancelRestores();
-    void aceptWritesWhatIsShown();
+    void closing_data();
+    void closing();
     void browse_data();
     void browse();
     void extensions();
@@ -119,80 +119,74 @@ void TestSettings::writesDefaults()
 
 void TestSettings::reading_data()
 {
-    QTest::addColumn<bool>("exists");
-    QTest::addColumn<QStringList>("lines");
+    QTest::addColumn<QStringList>("lines");    // none: no file at all
     QTest::addColumn<QStringList>("expected"); // "name=value"; %DIR% is the program folder
     QTest::addColumn<QString>("message");      // the one critical message, empty for none
 
     const QString pastEnd = "Se ha sobrepasado el final del archivo";
     QTest::newRow("missing file")
-        << false << QStringList()
+        << QStringList()
         << QStringList{"defdir=%DIR%/download/", "histrut=%DIR%/historial.rtf", "segsv=5",
                        "initstart=1", "ext=" + DefaultExt}
         << "No se encuentra el archivo de configuración %DIR%/corvane.ini";
-    QTest::newRow("empty file") << true << QStringList()
-                                << QStringList{"defdir=%DIR%/download/", "ext=" + DefaultExt}
-                                << pastEnd;
     QTest::newRow("21 lines leave ext empty")
-        << true << fullFile()
-        << QStringList{"defdir=/srv/bajadas/", "histrut=/srv/historial.rtf", "ext="} << "";
-    QTest::newRow("ext read to the end") << true << fullFile() + QStringList{".iso", "", ".rar"}
-                                         << QStringList{"ext=.iso||.rar"} << "";
+        << fullFile() << QStringList{"defdir=/srv/bajadas/", "histrut=/srv/historial.rtf", "ext="}
+        << "";
+    QTest::newRow("ext read to the end")
+        << fullFile() + QStringList{".iso", "", ".rar"} << QStringList{"ext=.iso||.rar"} << "";
     QTest::newRow("folder gains separator")
-        << true << edited({{1, "/srv/descargas"}}) << QStringList{"defdir=/srv/descargas/"} << "";
+        << edited({{1, "/srv/descargas"}}) << QStringList{"defdir=/srv/descargas/"} << "";
     QTest::newRow("empty folder lines")
-        << true << edited({{1, ""}, {20, ""}})
+        << edited({{1, ""}, {20, ""}})
         << QStringList{"defdir=%DIR%/download/", "histrut=%DIR%/historial.rtf"} << "";
     QTest::newRow("whole lines keep blanks and commas")
-        << true << edited({{5, " /opt/a, b/scan "}}) << QStringList{"virus= /opt/a, b/scan "} << "";
+        << edited({{5, " /opt/a, b/scan "}}) << QStringList{"virus= /opt/a, b/scan "} << "";
     // The comma ends the field; what follows it is the next value and everything shifts.
     QTest::newRow("comma in segs")
-        << true << edited({{6, "12,5"}})
+        << edited({{6, "12,5"}})
         << QStringList{"segs=12", "segsv=12", "veces=5", "vecesv=5", "delinc=0"}
         << "Valor no válido en corvane.ini: \"5\" no es 0 ni 1 en una casilla";
     QTest::newRow("lenient numbers")
-        << true << edited({{2, "0 no"}, {12, "15 segundos"}, {21, " 250 "}})
+        << edited({{2, "0 no"}, {12, "15 segundos"}, {21, " 250 "}})
         << QStringList{"initstart=0", "wait=15", "waitv=15", "histsize=250", "hsizet=250"} << "";
     // The text box follows its spin box only when the value changes.
-    QTest::newRow("unchanged spin keeps text") << true << edited({{12, "10 segundos"}})
-                                               << QStringList{"wait=10 segundos", "waitv=10"} << "";
+    QTest::newRow("unchanged spin keeps text")
+        << edited({{12, "10 segundos"}}) << QStringList{"wait=10 segundos", "waitv=10"} << "";
     QTest::newRow("all options False")
-        << true << edited({{15, "False"}, {17, "False"}})
+        << edited({{15, "False"}, {17, "False"}})
         << QStringList{"autoact=0", "notact=1", "msgno=0", "msgdialog=1", "msgsys=0"} << "";
     QTest::newRow("last True wins, numbers as options")
-        << true << edited({{14, "-1"}, {15, "0"}, {16, "True"}, {17, "False"}, {18, "True"}})
+        << edited({{14, "-1"}, {15, "0"}, {16, "True"}, {17, "False"}, {18, "True"}})
         << QStringList{"autoact=1", "notact=0", "msgno=0", "msgdialog=0", "msgsys=1"} << "";
     QTest::newRow("truncated keeps what was read")
-        << true << edited({{2, " 0 "}, {6, "30"}}).mid(0, 12)
+        << edited({{2, " 0 "}, {6, "30"}}).mid(0, 12)
         << QStringList{"defdir=/srv/bajadas/",        "initstart=0",      "segsv=30", "waitv=10",
                        "histrut=%DIR%/historial.rtf", "ext=" + DefaultExt}
         << pastEnd;
     QTest::newRow("garbled option")
-        << true << edited({{14, "True"}, {15, "Quizás"}, {16, "True"}})
+        << edited({{14, "True"}, {15, "Quizás"}, {16, "True"}})
         << QStringList{"autoact=1", "notact=0", "msgno=0", "msgdialog=1"}
         << "No coinciden los tipos: \"Quizás\" no es un valor lógico";
     QTest::newRow("spin out of range")
-        << true << edited({{7, "70"}, {8, " 1 "}})
-        << QStringList{"veces=70", "vecesv=5", "delinc=0"}
+        << edited({{7, "70"}, {8, " 1 "}}) << QStringList{"veces=70", "vecesv=5", "delinc=0"}
         << "Valor no válido en corvane.ini: 70 está fuera del intervalo de 0 a 50";
     QTest::newRow("text read as zero is out of range")
-        << true << edited({{11, "diez"}}) << QStringList{"maxdesc=diez", "maxdescval=10"}
+        << edited({{11, "diez"}}) << QStringList{"maxdesc=diez", "maxdescval=10"}
         << "Valor no válido en corvane.ini: 0 está fuera del intervalo de 1 a 40";
     QTest::newRow("check box neither 0 nor 1")
-        << true << edited({{2, " 0 "}, {3, " 2 "}, {4, " 1 "}})
+        << edited({{2, " 0 "}, {3, " 2 "}, {4, " 1 "}})
         << QStringList{"initstart=0", "showmsg=0", "exevirus=0"}
         << "Valor no válido en corvane.ini: \"2\" no es 0 ni 1 en una casilla";
 }
 
 void TestSettings::reading()
 {
-    QFETCH(bool, exists);
     QFETCH(QStringList, lines);
     QFETCH(QStringList, expected);
     QFETCH(QString, message);
     SettingsFixture f;
-    if (exists)
-        f.write("corvane.ini", lines.isEmpty() ? "" : (lines.join("\r\n") + "\r\n").toUtf8());
+    if (!lines.isEmpty())
+        f.write("corvane.ini", (lines.join("\r\n") + "\r\n").toUtf8());
     const Settings *live = &f.model.settings();
     QSignalSpy changed(&f.model, &SettingsModel::changed);
 
@@ -236,82 +230,66 @@ void TestSettings::saveEmptyFolder()
     QCOMPARE(f.read("corvane.ini").startsWith("\r\n 1 \r\n"), written);
 }
 
-void TestSettings::cancelRestores()
+void TestSettings::closing_data()
 {
+    QTest::addColumn<QString>("button");
+    QTest::newRow("Cancelar restores") << "cancel";
+    QTest::newRow("Aceptar writes") << "acept";
+}
+
+void TestSettings::closing()
+{
+    QFETCH(QString, button);
     WindowFixture f;
     QVERIFY(f.model.save());
+    f.history.lines.clear();
     f.window.show();
     QCOMPARE(f.window.windowTitle(), "Configuración");
     auto *tab = f.child<QTabWidget>("tab");
     QCOMPARE((QStringList{tab->tabText(0), tab->tabText(1), tab->tabText(2), tab->tabText(3)}),
              (QStringList{"Opciones generales", "Descargas", "Actualizaciones", "Notificaciones"}));
     QCOMPARE(tab->count(), 4);
-    const QStringList savedExt = f.ext();
     const QMap<QString, QString> saved = describe(f.model.settings());
 
-    // Every kind of control edited, then Cancelar.
-    QTest::keyClicks(f.child<QLineEdit>("virus"), "/usr/bin/scan");
+    // Every kind of control edited.
+    f.child<QLineEdit>("defdir")->setText("/srv/a, b/");
+    QTest::keyClicks(f.child<QLineEdit>("virus"), "/usr/bin/clam scan");
     f.child<QCheckBox>("initstart")->click();
     f.child<QSpinBox>("segsv")->setValue(42);
     QCOMPARE(f.child<QLineEdit>("segs")->text(), "42");
-    f.child<QRadioButton>("msgno")->click();
-    QVERIFY(f.model.settings().msgno);
-    f.child<QListWidget>("ext")->setCurrentRow(0);
-    f.click("del");
-    f.desktop.inputAnswers.push_back(QString(".iso"));
-    f.click("add");
-    f.click("cancel");
-
-    QVERIFY(!f.window.isVisible());
-    QCOMPARE(f.child<QLineEdit>("virus")->text(), QString());
-    QVERIFY(f.child<QCheckBox>("initstart")->isChecked());
-    QCOMPARE(f.child<QSpinBox>("segsv")->value(), 5);
-    QCOMPARE(f.child<QLineEdit>("segs")->text(), "5");
-    QVERIFY(f.child<QRadioButton>("msgdialog")->isChecked());
-    QVERIFY(!f.child<QRadioButton>("msgno")->isChecked());
-    QCOMPARE(f.ext(), savedExt);
-    QCOMPARE(describe(f.model.settings()), saved);
-    QCOMPARE(f.desktop.callsOf("messageBox"), QStringList());
-}
-
-void TestSettings::aceptWritesWhatIsShown()
-{
-    WindowFixture f;
-    f.window.show();
-    f.child<QLineEdit>("defdir")->setText("/srv/a, b/");
-    f.child<QLineEdit>("virus")->setText("/usr/bin/clam scan");
-    f.child<QSpinBox>("segsv")->setValue(60);
     f.child<QLineEdit>("veces")->setText("7");
     f.child<QLineEdit>("wait")->setText("25");
     f.child<QSpinBox>("histsize")->setValue(4999);
     f.child<QCheckBox>("wavs")->click();
-    f.child<QCheckBox>("exevirus")->click();
     f.child<QRadioButton>("msgno")->click();
     f.child<QRadioButton>("autoact")->click();
     f.desktop.inputAnswers.push_back(QString(".iso"));
     f.click("add");
     f.child<QListWidget>("ext")->setCurrentRow(0);
     f.click("del");
+    QMap<QString, QString> edited = describe(f.model.settings());
 
-    f.click("acept");
+    f.click(button);
 
     QVERIFY(!f.window.isVisible());
-    QCOMPARE(f.history.lines.size(), 1);
-    const QList<QByteArray> lines = f.read("corvane.ini").split('\n');
-    QCOMPARE(lines.at(11), "25\r");    // the text box, not the spin value
-    QCOMPARE(lines.at(13), "True\r");  // autoact
-    QCOMPARE(lines.at(14), "False\r"); // notact
-    QCOMPARE(lines.at(18), " 0 \r");   // wavs
-    QCOMPARE(lines.at(33), ".iso\r");
-
-    // Read back, the file gives what the window showed; the text boxes are what it keeps, and
-    // their spin boxes follow them on reading.
+    const Settings &s = f.model.settings();
+    QCOMPARE(describe(s), button == "cancel" ? saved : edited);
+    // The controls show what is kept.
+    QCOMPARE(f.child<QLineEdit>("virus")->text(), s.virus);
+    QCOMPARE(f.child<QCheckBox>("initstart")->isChecked(), bool(s.initstart));
+    QCOMPARE(f.child<QSpinBox>("segsv")->value(), s.segsv);
+    QCOMPARE(f.child<QLineEdit>("segs")->text(), s.segs);
+    QCOMPARE(f.child<QRadioButton>("msgno")->isChecked(), s.msgno);
+    QCOMPARE(f.child<QRadioButton>("msgdialog")->isChecked(), s.msgdialog);
+    QCOMPARE(f.ext(), s.ext);
+    // Read back, the file gives what was kept; the text boxes are what it holds, and their spin
+    // boxes follow them on reading.
     SettingsModel read(ProgramFolder(f.dir.path()), f.desktop, f.history);
     QVERIFY(read.load());
-    QMap<QString, QString> expected = describe(f.model.settings());
-    expected["vecesv"] = "7";
-    expected["waitv"] = "25";
-    QCOMPARE(describe(read.settings()), expected);
+    edited["vecesv"] = "7";
+    edited["waitv"] = "25";
+    QCOMPARE(describe(read.settings()), button == "cancel" ? saved : edited);
+    QCOMPARE(f.history.lines.size(), button == "cancel" ? 0 : 1);
     QCOMPARE(f.desktop.callsOf("messageBox"), QStringList());
 }
 

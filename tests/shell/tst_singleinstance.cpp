@@ -10,46 +10,19 @@
 #include <QTest>
 #include <thread>
 
-// The command line, the program folder it leads to, and what keeps a second program off a
-// folder in use; the hand-over itself is run end to end by tst_program.
+// The program folder a start chooses, and what keeps a second program off a folder in use; the
+// command line and the hand-over themselves are run end to end by tst_headless and tst_program.
 class TestSingleInstance : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void commandLine_data();
-    void commandLine();
     void folders_data();
     void folders();
     void staleLock();
     void badMessages_data();
     void badMessages();
 };
-
-void TestSingleInstance::commandLine_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("home");
-    QTest::addColumn<QStringList>("urls");
-    QTest::addColumn<QString>("error");
-    QTest::newRow("addresses, a zelq: link among them")
-        << QStringList{"--home", "/h", "http://a/1", "zelq:ftp://b/2", "ZELQ:x"} << "/h"
-        << QStringList{"http://a/1", "ftp://b/2", "ZELQ:x"} << "";
-    QTest::newRow("home with =") << QStringList{"--home=/x"} << "/x" << QStringList() << "";
-    QTest::newRow("home without folder")
-        << QStringList{"--home"} << "" << QStringList() << "Falta la carpeta después de --home";
-    QTest::newRow("unknown option")
-        << QStringList{"--rápido"} << "" << QStringList() << "Opción desconocida: --rápido";
-}
-
-void TestSingleInstance::commandLine()
-{
-    QFETCH(QStringList, arguments);
-    const CommandLine command = parseCommandLine(QStringList{"corvane"} + arguments);
-    QTEST(command.home, "home");
-    QTEST(command.urls, "urls");
-    QTEST(command.error, "error");
-}
 
 void TestSingleInstance::folders_data()
 {
