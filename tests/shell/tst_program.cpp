@@ -1,8 +1,11 @@
 #include "scriptedhttpserver.h"
 #include "settingsfixture.h"
+#include "singleinstance.h"
 #include "xserver.h"
 
+#include <QLocalSocket>
 #include <QProcess>
+#include <QSysInfo>
 #include <QTest>
 
 namespace {
@@ -47,8 +50,22 @@ void TestProgram::downloadsTakesOverAndLeaves()
     ScriptedHttpServer server([](const QByteArray &request, int) {
         return ScriptedHttpServer::file(Content, request, true);
     });
+    // The lock left by a program that was killed is taken over.
+    home.write("corvane.lock", "999999\ncorvane\n" + QSysInfo::machineHostName().toUtf8() + "\n");
     Corvane first(x, {"--home", home.folder(), server.url("f.bin")});
     QTRY_COMPARE_WITH_TIMEOUT(home.read("download/f.bin").size(), Content.size(), 20000);
+
+    // Garbage, a message without its end and a huge one on the hand-over channel are ignored.
+    QLocalSocket bad[3];
+    const QByteArray messages[3]{"\x01\x02garbage\n\n",
+                                 "CORVANE 1\n" + server.url("x").toUtf8() + "\n",
+                                 "CORVANE 1\n" + QByteArray(3 << 20, 'x') + "\n\n"};
+    for (int i = 0; i < 3; ++i) {
+        bad[i].connectToServer(InstanceChannel::nameFor(ProgramFolder(home.dir.path())));
+        QVERIFY(bad[i].waitForConnected(2000));
+        bad[i].write(messages[i]);
+        bad[i].flush();
+    }
 
     // A second start on the same folder hands its addresses over and ends at once.
     Corvane second(x,
@@ -81,6 +98,7 @@ void TestProgram::downloadsTakesOverAndLeaves()
     QVERIFY(QFile::exists(home.path("quick.lst")));
     QCOMPARE(home.read("quick.lst"), QByteArray());
     QCOMPARE(home.read("activas.dwn"), QByteArray());
+    QCOMPARE(server.requests().size(), 3);
 }
 
 QTEST_GUILESS_MAIN(TestProgram)

@@ -1,3 +1,4 @@
+#include "commandline.h"
 #include "mainactions.h"
 #include "mainwindow.h"
 #include "program.h"
@@ -67,6 +68,8 @@ private Q_SLOTS:
     void quickAddBar();
     void unreadableViewFile();
     void recentDownloads();
+    void folders_data();
+    void folders();
 };
 
 void TestStartup::viewSwitches_data()
@@ -177,6 +180,47 @@ void TestStartup::recentDownloads()
         recent.add(QString("/d/%1").arg(i));
     recent.add("/d/5");
     QCOMPARE(recent.paths(), (QStringList{"/d/5", "/d/9", "/d/8", "/d/7", "/d/6", "/d/4", "/d/3"}));
+}
+
+void TestStartup::folders_data()
+{
+    QTest::addColumn<bool>("installed");
+    QTest::addColumn<bool>("writable");
+    QTest::addColumn<QString>("home");
+    QTest::addColumn<QStringList>("chosen"); // the program folder, then where msg/ is read
+    QTest::newRow("build folder") << false << true << "" << QStringList{"exe", "exe"};
+    QTest::newRow("build folder, --home") << false << true << "home" << QStringList{"home", "exe"};
+    QTest::newRow("folder not writable") << false << false << "" << QStringList{"user", "exe"};
+    QTest::newRow("installed") << true << true << "" << QStringList{"user", "share"};
+    QTest::newRow("installed, --home") << true << false << "home" << QStringList{"home", "share"};
+}
+
+void TestStartup::folders()
+{
+    QFETCH(bool, installed);
+    QFETCH(bool, writable);
+    QFETCH(QString, home);
+    QFETCH(QStringList, chosen);
+    QTemporaryDir root;
+    const QString exe = root.filePath("bin");
+    QVERIFY(QDir().mkpath(exe));
+    if (installed)
+        QVERIFY(QDir().mkpath(root.filePath("share/corvane/msg")));
+    const QHash<QString, QString> places{{"exe", exe},
+                                         {"user", root.filePath("user")},
+                                         {"home", root.filePath("home")},
+                                         {"share", root.filePath("share/corvane")}};
+    const auto all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    QFile::setPermissions(exe, writable ? all : QFile::ReadOwner | QFile::ExeOwner);
+    CommandLine command;
+    command.home = places.value(home);
+    const ProgramFolder folder = programFolderFor(command, exe, places["user"]);
+    QFile::setPermissions(exe, all);
+    // Root writes anywhere: the unwritable case can only be seen by another user.
+    if (!writable && !installed && QFileInfo(exe).isWritable())
+        QSKIP("running as root");
+    QCOMPARE(folder.dir(), places[chosen[0]]);
+    QCOMPARE(folder.dataFile("msg"), places[chosen[1]] + "/msg");
 }
 
 QTEST_MAIN(TestStartup)
