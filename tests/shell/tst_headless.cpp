@@ -19,8 +19,6 @@ struct Run
         process.start(Program, QStringList{"--headless", "--home=" + home} + urls);
     }
     bool ended() const { return process.state() == QProcess::NotRunning; }
-    QString out() { return QString::fromUtf8(process.readAllStandardOutput()); }
-    QString err() { return QString::fromUtf8(process.readAllStandardError()); }
 };
 
 } // namespace
@@ -58,12 +56,12 @@ void TestHeadless::queueAndFailures()
     for (int i = 0; i < 6; ++i)
         QCOMPARE(f.read(QStringLiteral("download/f%1.bin").arg(i)), Content);
     QCOMPARE(server.requests().size(), 7);
-    const QString err = run.err();
+    const QString err = QString::fromUtf8(run.process.readAllStandardError());
     QVERIFY2(err.contains("El archivo " + server.url("nada.zip") + " no existe.\n"),
              qPrintable(err));
     QVERIFY(err.contains("Escriba una dirección correcta (debe empezar por http:// o ftp://)\n"));
     QVERIFY(err.contains("Finalizada la descarga de " + server.url("a/f5.bin") + "\n"));
-    const QString out = run.out();
+    const QString out = QString::fromUtf8(run.process.readAllStandardOutput());
     QVERIFY2(out.contains("Iniciada: " + server.url("a/f0.bin")), qPrintable(out));
     QVERIFY(out.contains("Terminada: " + f.path("download/f0.bin")));
     QVERIFY(out.contains("Fallida: " + server.url("nada.zip")));
@@ -93,7 +91,8 @@ void TestHeadless::stopsOnTermAndResumes()
     QTRY_VERIFY_WITH_TIMEOUT(first.ended(), 10000);
     QCOMPARE(first.process.exitStatus(), QProcess::NormalExit);
     QCOMPARE(first.process.exitCode(), 1);
-    QVERIFY(first.err().startsWith("No se encuentra el archivo de configuración"));
+    QVERIFY(QString::fromUtf8(first.process.readAllStandardError())
+                .startsWith("No se encuentra el archivo de configuración"));
     QCOMPARE(f.read("download/f.bin"), Content.left(100000));
     QVERIFY(f.read("activas.dwn").startsWith(server.url("f.bin").toUtf8()));
 

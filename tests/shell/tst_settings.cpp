@@ -82,10 +82,9 @@ class TestSettings : public QObject
 
 private Q_SLOTS:
     void writesDefaults();
+    void writeFailure();
     void reading_data();
     void reading();
-    void saveEmptyFolder_data();
-    void saveEmptyFolder();
     void closing_data();
     void closing();
     void browse_data();
@@ -97,24 +96,35 @@ private Q_SLOTS:
 void TestSettings::writesDefaults()
 {
     SettingsFixture f;
+    f.model.setText(&Settings::defdir, ""); // kept empty in the file, the default once written
 
     QVERIFY(f.model.save());
 
-    const QByteArray folder = f.folder().toUtf8();
     QCOMPARE(f.read("corvane.ini"),
-             folder +
-                 "/download/\r\n 1 \r\n 0 \r\n 0 \r\n\r\n5\r\n5\r\n 0 \r\n 0 \r\n"
-                 " 1 \r\n10\r\n10\r\n 1 \r\nFalse\r\nTrue\r\nFalse\r\nTrue\r\n"
-                 "False\r\n 1 \r\n" +
-                 folder +
-                 "/historial.rtf\r\n 10 \r\n.zip\r\n.exe\r\n.cab\r\n.tar\r\n"
-                 ".ace\r\n.com\r\n.arj\r\n.doc\r\n.vb\r\n.vbs\r\n.gz\r\n.js\r\n.pif\r\n");
+             "\r\n 1 \r\n 0 \r\n 0 \r\n\r\n5\r\n5\r\n 0 \r\n 0 \r\n 1 \r\n10\r\n10\r\n 1 \r\n"
+             "False\r\nTrue\r\nFalse\r\nTrue\r\nFalse\r\n 1 \r\n" +
+                 f.folder().toUtf8() +
+                 "/historial.rtf\r\n 10 \r\n.zip\r\n.exe\r\n.cab\r\n.tar\r\n.ace\r\n.com\r\n"
+                 ".arj\r\n.doc\r\n.vb\r\n.vbs\r\n.gz\r\n.js\r\n.pif\r\n");
+    QCOMPARE(f.model.settings().defdir, f.folder() + "/download/");
     QCOMPARE(f.history.lines.size(), 1);
     QVERIFY2(QRegularExpression("^\r\nConfiguración cambiada a las \\d\\d:\\d\\d:\\d\\d$")
                  .match(f.history.lines.first())
                  .hasMatch(),
              qPrintable(f.history.lines.first()));
     QVERIFY(f.desktop.calls.isEmpty());
+}
+
+void TestSettings::writeFailure()
+{
+    SettingsFixture f("no/such/folder");
+    f.model.setText(&Settings::defdir, "");
+    QVERIFY(!f.model.save());
+    QCOMPARE(f.history.lines.size(), 1);
+    QCOMPARE(f.desktop.callsOf("messageBox").size(), 1);
+    QVERIFY(f.desktop.callsOf("messageBox").first().startsWith("Critical|"));
+    // Writing stopped, so the folder default is not applied either.
+    QCOMPARE(f.model.settings().defdir, QString());
 }
 
 void TestSettings::reading_data()
@@ -203,31 +213,6 @@ void TestSettings::reading()
         const QString name = item.section('=', 0, 0);
         QCOMPARE(name + '=' + actual.value(name), item);
     }
-}
-
-void TestSettings::saveEmptyFolder_data()
-{
-    QTest::addColumn<QString>("subfolder");
-    QTest::addColumn<bool>("written");
-    QTest::newRow("written") << "" << true;
-    QTest::newRow("folder missing") << "no/such/folder" << false;
-}
-
-void TestSettings::saveEmptyFolder()
-{
-    QFETCH(QString, subfolder);
-    QFETCH(bool, written);
-    SettingsFixture f(subfolder);
-    f.model.setText(&Settings::defdir, "");
-
-    QCOMPARE(f.model.save(), written);
-
-    QCOMPARE(f.history.lines.size(), 1);
-    QCOMPARE(f.desktop.calls.size(), written ? 0 : 1);
-    QVERIFY(f.desktop.calls.value(0, "messageBox|Critical|").startsWith("messageBox|Critical|"));
-    // The file keeps the empty line; the folder default applies once it is written.
-    QCOMPARE(f.model.settings().defdir, written ? f.folder() + "/download/" : QString());
-    QCOMPARE(f.read("corvane.ini").startsWith("\r\n 1 \r\n"), written);
 }
 
 void TestSettings::closing_data()
