@@ -80,10 +80,8 @@ void TestStartup::viewSwitches_data()
     QTest::newRow("first start: the bars and both lists")
         << QByteArray("none") << QList<bool>{F, F, T, T, F, T, T};
     QTest::newRow("empty file: nothing shown") << QByteArray() << QList<bool>(7, F);
-    QTest::newRow("short file: the rest off")
-        << words({0, -1, -1}) << QList<bool>{F, T, T, F, F, F, F};
-    QTest::newRow("odd byte ignored")
-        << words({0, -1}) + '\xff' << QList<bool>{F, T, F, F, F, F, F};
+    QTest::newRow("short file: the rest off, an odd byte ignored")
+        << words({0, -1, -1}) + '\xff' << QList<bool>{F, T, T, F, F, F, F};
     QTest::newRow("full file") << words({0, -1, 0, -1, -1, 0, -1})
                                << QList<bool>{F, T, F, T, T, F, T};
     QTest::newRow("any non-zero is on, extra bytes ignored")
