@@ -5,10 +5,10 @@
 #include "settingsmodel.h"
 
 #include <QDir>
-#include <QStringList>
+#include <QFile>
 #include <QTemporaryDir>
 
-// A settings model over a fresh program folder, with the scripted desktop.
+// A fresh program folder with the scripted desktop and a settings model over it.
 struct SettingsFixture
 {
     explicit SettingsFixture(const QString &subfolder = {})
@@ -16,7 +16,24 @@ struct SettingsFixture
                 history)
     {}
     QString folder() const { return QDir::toNativeSeparators(dir.path()); }
-    QString iniPath() const { return dir.filePath(QStringLiteral("corvane.ini")); }
+    QString path(const QString &name) const { return dir.filePath(name); }
+    // A settings file of the built-in values but silent, so that a start asks nothing.
+    bool saveQuiet()
+    {
+        model.setCheck(&Settings::wavs, false);
+        return model.save();
+    }
+    void write(const QString &name, const QByteArray &bytes) const
+    {
+        QFile file(path(name));
+        if (file.open(QIODevice::WriteOnly))
+            file.write(bytes);
+    }
+    QByteArray read(const QString &name) const
+    {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
 
     QTemporaryDir dir;
     FakeDesktop desktop;

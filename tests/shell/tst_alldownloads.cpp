@@ -3,25 +3,6 @@
 
 #include <QTest>
 
-namespace {
-
-// Three downloads running and two queued, each with a partial file.
-void fill(EngineFixture &f)
-{
-    for (const char *name : {"a1", "a2", "a3"}) {
-        f.write(name, "part");
-        f.active.addnew(QStringLiteral("http://127.0.0.1:9/") + name, f.path(name), 0, 0, false, 0,
-                        true, "", "", false);
-    }
-    for (const char *name : {"i1", "i2"}) {
-        f.write(name, "part");
-        f.inactive.addnew(QStringLiteral("http://127.0.0.1:9/") + name, f.path(name), 100, 4, true,
-                          0, false, "", "", false, false);
-    }
-}
-
-} // namespace
-
 class TestAllDownloads : public QObject
 {
     Q_OBJECT
@@ -29,42 +10,54 @@ class TestAllDownloads : public QObject
 private Q_SLOTS:
     void commands_data();
     void commands();
-    void contallStopsWhenActiveFull();
 };
 
 void TestAllDownloads::commands_data()
 {
     QTest::addColumn<QString>("command");
     QTest::addColumn<bool>("yes");
-    QTest::addColumn<int>("active");   // rows left, template included
-    QTest::addColumn<int>("inactive"); // rows left, template included
+    QTest::addColumn<int>("maxdesc");
+    QTest::addColumn<QList<int>>("rows"); // left in the active and inactive lists, templates too
     QTest::addColumn<QStringList>("files");
     QTest::addColumn<QString>("logged");
     const QStringList all{"a1", "a2", "a3", "i1", "i2"};
     for (const char *command : {"detall", "detact", "detinactivas", "pauseall"})
-        QTest::addRow("%s, No", command) << command << false << 4 << 3 << all << "";
-    QTest::newRow("detall") << "detall" << true << 1 << 1 << QStringList()
+        QTest::addRow("%s, No", command) << command << false << 40 << QList{4, 3} << all << "";
+    QTest::newRow("detall") << "detall" << true << 40 << QList{1, 1} << QStringList()
                             << "Canceladas TODAS las descargas a las ";
-    QTest::newRow("detact") << "detact" << true << 1 << 3 << QStringList{"i1", "i2"}
+    QTest::newRow("detact") << "detact" << true << 40 << QList{1, 3} << QStringList{"i1", "i2"}
                             << "Canceladas TODAS LAS DESCARGAS ACTIVAS a las ";
-    QTest::newRow("detinactivas") << "detinactivas" << true << 4 << 1
+    QTest::newRow("detinactivas") << "detinactivas" << true << 40 << QList{4, 1}
                                   << QStringList{"a1", "a2", "a3"}
                                   << "Canceladas TODAS LAS DESCARGAS INACTIVAS a las ";
-    QTest::newRow("pauseall keeps the files") << "pauseall" << true << 1 << 6 << all << "";
-    QTest::newRow("contall asks nothing") << "contall" << false << 6 << 1 << all << "";
+    QTest::newRow("pauseall keeps the files")
+        << "pauseall" << true << 40 << QList{1, 6} << all << "";
+    QTest::newRow("contall asks nothing") << "contall" << false << 40 << QList{6, 1} << all << "";
+    // Four run at once, the template row counted: one stays queued.
+    QTest::newRow("contall until the active list is full")
+        << "contall" << false << 5 << QList{5, 2} << all << "";
 }
 
 void TestAllDownloads::commands()
 {
     QFETCH(QString, command);
-    QFETCH(bool, yes);
-    QFETCH(int, active);
-    QFETCH(int, inactive);
+    QFETCH(QList<int>, rows);
     QFETCH(QStringList, files);
     QFETCH(QString, logged);
+    QFETCH(bool, yes);
+    QFETCH(int, maxdesc);
     EngineFixture f;
-    fill(f);
+    // Three downloads running and two queued, each with a partial file.
+    for (const char *name : {"a1", "a2", "a3", "i1", "i2"}) {
+        f.write(name, "part");
+        const QString url = QStringLiteral("http://127.0.0.1:9/") + name;
+        if (name[0] == 'a')
+            f.active.addnew(url, f.path(name), 0, 0, false, 0, true, "", "", false);
+        else
+            f.inactive.addnew(url, f.path(name), 100, 4, true, 0, false, "", "", false, false);
+    }
     f.desktop.yesNoAnswers = {yes};
+    f.settings.maxdescval = maxdesc;
     AllDownloads all(f.active, f.inactive, f.desktop, f.history);
     const QHash<QString, void (AllDownloads::*)()> commands{
         {"detall", &AllDownloads::detall},
@@ -72,13 +65,11 @@ void TestAllDownloads::commands()
         {"detinactivas", &AllDownloads::detinactivas},
         {"pauseall", &AllDownloads::pauseall},
         {"contall", &AllDownloads::contall}};
-    f.settings.maxdescval = 40;
 
     (all.*commands.value(command))();
 
     QCOMPARE(f.desktop.callsOf("askYesNo").size(), command == "contall" ? 0 : 1);
-    QCOMPARE(f.active.rowCount(), active);
-    QCOMPARE(f.inactive.rowCount(), inactive);
+    QCOMPARE((QList{f.active.rowCount(), f.inactive.rowCount()}), rows);
     QStringList left;
     for (const char *name : {"a1", "a2", "a3", "i1", "i2"}) {
         if (QFile::exists(f.path(name)))
@@ -90,19 +81,7 @@ void TestAllDownloads::commands()
         QVERIFY2(f.history.lines.first().startsWith("\r\n" + logged),
                  qPrintable(f.history.lines.first()));
     // What moved between the lists is in both list files.
-    QCOMPARE(f.read("inactivas.dwn").count("http://"), inactive - 1);
-}
-
-void TestAllDownloads::contallStopsWhenActiveFull()
-{
-    EngineFixture f;
-    fill(f);
-    f.settings.maxdescval = 5; // four run at once, the template row counted
-    AllDownloads all(f.active, f.inactive, f.desktop, f.history);
-    all.contall();
-    QCOMPARE(f.active.rowCount(), 5);
-    QCOMPARE(f.inactive.rowCount(), 2);
-    QVERIFY(f.inactive.existe(2));
+    QCOMPARE(f.read("inactivas.dwn").count("http://"), rows[1] - 1);
 }
 
 QTEST_GUILESS_MAIN(TestAllDownloads)

@@ -1,67 +1,35 @@
 #include "scriptedhttpserver.h"
+#include "settingsfixture.h"
+#include "singleinstance.h"
 #include "xserver.h"
 
-#include <QDir>
-#include <QFile>
+#include <QLocalSocket>
 #include <QProcess>
-#include <QTemporaryDir>
+#include <QSysInfo>
 #include <QTest>
 
 namespace {
 
 const QByteArray Content = QByteArray("Corvane ").repeated(300000);
+const QString Program = qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane";
 
-QByteArray readFile(const QString &path)
+// The program with its windows on the test's own X server; killed if the test leaves it running.
+struct Corvane : QProcess
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-// A program folder whose settings file exists, so the first start asks nothing.
-struct Home
-{
-    QTemporaryDir dir;
-    Home()
+    Corvane(const XServer &x, const QStringList &arguments)
     {
-        QFile ini(dir.filePath("corvane.ini"));
-        if (ini.open(QIODevice::WriteOnly))
-            ini.write(dir.filePath("download").toUtf8() +
-                      "\r\n 1 \r\n 0 \r\n 0 \r\n\r\n5\r\n5\r\n 0 \r\n 0 \r\n 1 \r\n10\r\n10\r\n"
-                      " 1 \r\nFalse\r\nTrue\r\nFalse\r\nTrue\r\nFalse\r\n 0 \r\n" +
-                      dir.filePath("historial.rtf").toUtf8() + "\r\n 10 \r\n");
+        setProcessEnvironment(x.environment());
+        setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        start(Program, arguments);
     }
-    QString path(const QString &name) const { return dir.filePath(name); }
-};
-
-// The program with its windows, on the test's own X server.
-struct Corvane
-{
-    QProcess process;
-    Corvane(const XServer &x, const QString &home, const QStringList &urls)
+    ~Corvane() override
     {
-        process.setProcessEnvironment(x.environment());
-        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process.start(qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane",
-                      QStringList{"--home", home} + urls);
-    }
-    ~Corvane()
-    {
-        if (process.state() != QProcess::NotRunning) {
-            process.kill();
-            process.waitForFinished(3000);
+        if (state() != QProcess::NotRunning) {
+            kill();
+            waitForFinished(3000);
         }
     }
 };
-
-// What a person does to leave: the Archivo menu, then Salir, with the keyboard.
-void chooseSalir(const XServer &x)
-{
-    QCOMPARE(x.run("xdotool",
-                   {"search", "--sync", "--onlyvisible", "--name", "^Corvane$", "windowfocus"}),
-             0);
-    // Typed into whatever has the focus; the window is gone by the time the keys are done.
-    x.run("xdotool", {"key", "--delay", "300", "alt+a", "s"});
-}
 
 } // namespace
 
@@ -70,70 +38,67 @@ class TestProgram : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void downloadsAndLeaves();
-    void secondStartHandsOver();
-
-private:
-    XServer m_x;
+    void downloadsTakesOverAndLeaves();
 };
 
-void TestProgram::initTestCase()
+void TestProgram::downloadsTakesOverAndLeaves()
 {
-    QVERIFY2(m_x.start(), qPrintable(m_x.error()));
-}
-
-void TestProgram::downloadsAndLeaves()
-{
-    // setup
-    Home home;
+    XServer x;
+    QVERIFY2(x.start(), qPrintable(x.error()));
+    SettingsFixture home;
+    QVERIFY(home.saveQuiet()); // so that the start asks nothing
     ScriptedHttpServer server([](const QByteArray &request, int) {
         return ScriptedHttpServer::file(Content, request, true);
     });
-    // action
-    Corvane corvane(m_x, home.dir.path(), {server.url("f.bin")});
-    QTRY_COMPARE_WITH_TIMEOUT(readFile(home.path("download/f.bin")).size(), Content.size(), 20000);
-    chooseSalir(m_x);
-    QVERIFY(corvane.process.waitForFinished(10000));
-    // verify
-    QCOMPARE(corvane.process.exitCode(), 0);
-    QCOMPARE(readFile(home.path("download/f.bin")), Content);
-    // A first start shows both lists and both bars, and remembers that.
-    QCOMPARE(readFile(home.path("view.win")), QByteArray::fromHex("00000000ffffffff0000ffffffff"));
-    QVERIFY(QFile::exists(home.path("quick.lst")));
-    QVERIFY(readFile(home.path("activas.dwn")).isEmpty());
-}
+    // The lock left by a program that was killed is taken over.
+    home.write("corvane.lock", "999999\ncorvane\n" + QSysInfo::machineHostName().toUtf8() + "\n");
+    Corvane first(x, {"--home", home.folder(), server.url("f.bin")});
+    QTRY_COMPARE_WITH_TIMEOUT(home.read("download/f.bin").size(), Content.size(), 20000);
 
-void TestProgram::secondStartHandsOver()
-{
-    Home home;
-    ScriptedHttpServer server([](const QByteArray &request, int) {
-        return ScriptedHttpServer::file(Content, request, true);
-    });
-    Corvane first(m_x, home.dir.path(), {});
-    QTRY_VERIFY_WITH_TIMEOUT(
-        m_x.run("xdotool", {"search", "--onlyvisible", "--name", "^Corvane$"}) == 0, 30000);
+    // Garbage, a message without its end and a huge one on the hand-over channel are ignored.
+    QLocalSocket bad[3];
+    const QByteArray messages[3]{"\x01\x02garbage\n\n",
+                                 "CORVANE 1\n" + server.url("x").toUtf8() + "\n",
+                                 "CORVANE 1\n" + QByteArray(3 << 20, 'x') + "\n\n"};
+    for (int i = 0; i < 3; ++i) {
+        bad[i].connectToServer(InstanceChannel::nameFor(ProgramFolder(home.dir.path())));
+        QVERIFY(bad[i].waitForConnected(2000));
+        bad[i].write(messages[i]);
+        bad[i].flush();
+    }
 
     // A second start on the same folder hands its addresses over and ends at once.
-    QProcess second;
-    second.setProcessEnvironment(m_x.environment());
-    second.start(qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane",
-                 {"--home", home.dir.path(), server.url("a.bin"), "zelq:" + server.url("b.bin")});
+    Corvane second(x,
+                   {"--home", home.folder(), server.url("a.bin"), "zelq:" + server.url("b.bin")});
     QVERIFY(second.waitForFinished(10000));
     QCOMPARE(second.exitCode(), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(readFile(home.path("download/b.bin")).size(), Content.size(), 20000);
-    QTRY_COMPARE_WITH_TIMEOUT(readFile(home.path("download/a.bin")).size(), Content.size(), 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(home.read("download/b.bin").size(), Content.size(), 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(home.read("download/a.bin").size(), Content.size(), 20000);
 
-    // Without addresses, or headless, it refuses: the folder is in use.
+    // Headless, it refuses: the folder is in use.
     QProcess third;
-    third.start(qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane",
-                {"--headless", "--home", home.dir.path()});
+    third.start(Program, {"--headless", "--home", home.folder()});
     QVERIFY(third.waitForFinished(10000));
     QCOMPARE(third.exitCode(), 3);
     QVERIFY(QString::fromUtf8(third.readAllStandardError()).contains("ya se está ejecutando"));
 
-    chooseSalir(m_x);
-    QVERIFY(first.process.waitForFinished(10000));
+    // What a person does to leave: the Archivo menu, then Salir, with the keyboard. The keys go
+    // to whatever has the focus; the window is gone by the time they are done.
+    QCOMPARE(x.run("xdotool",
+                   {"search", "--sync", "--onlyvisible", "--name", "^Corvane$", "windowfocus"}),
+             0);
+    x.run("xdotool", {"key", "--delay", "300", "alt+a", "s"});
+    QVERIFY(first.waitForFinished(10000));
+    QCOMPARE(first.exitCode(), 0);
+    for (const char *name : {"f.bin", "a.bin", "b.bin"})
+        QCOMPARE(home.read(QString("download/") + name), Content);
+    // A first start shows both lists and both bars, and remembers that; addresses given on the
+    // command line or handed over do not go into the quick-add list.
+    QCOMPARE(home.read("view.win"), QByteArray::fromHex("00000000ffffffff0000ffffffff"));
+    QVERIFY(QFile::exists(home.path("quick.lst")));
+    QCOMPARE(home.read("quick.lst"), QByteArray());
+    QCOMPARE(home.read("activas.dwn"), QByteArray());
+    QCOMPARE(server.requests().size(), 3);
 }
 
 QTEST_GUILESS_MAIN(TestProgram)

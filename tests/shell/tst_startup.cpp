@@ -1,74 +1,60 @@
-#include "fakedesktop.h"
+#include "commandline.h"
 #include "mainactions.h"
 #include "mainwindow.h"
 #include "program.h"
+#include "recentdownloads.h"
+#include "settingsfixture.h"
 
 #include <QAction>
 #include <QComboBox>
-#include <QDir>
-#include <QFile>
 #include <QLineEdit>
 #include <QMdiSubWindow>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QToolBar>
 
 namespace {
 
-QByteArray booleans(const QList<bool> &values)
+// Seven 16-bit little-endian values, as "view.win" holds them.
+QByteArray words(const QList<int> &values)
 {
     QByteArray bytes;
-    for (bool value : values)
-        bytes += value ? QByteArray("\xff\xff", 2) : QByteArray(2, '\0');
+    for (int value : values)
+        bytes.append(char(value & 0xFF)).append(char((value >> 8) & 0xFF));
     return bytes;
 }
 
-// A program folder with a settings file, so that starting asks nothing.
-struct Home
+// The program started over the fixture's folder, its main window up.
+struct Started : SettingsFixture
 {
-    QTemporaryDir dir;
-    Home()
+    std::unique_ptr<Program> program;
+    MainWindow *main = nullptr;
+    void start()
     {
-        write("corvane.ini",
-              dir.filePath("download").toUtf8() +
-                  "\r\n 1 \r\n 0 \r\n 0 \r\n\r\n5\r\n5\r\n 0 \r\n 0 \r\n 1 \r\n10\r\n10"
-                  "\r\n 1 \r\nFalse\r\nTrue\r\nFalse\r\nTrue\r\nFalse\r\n 0 \r\n" +
-                  dir.filePath("historial.rtf").toUtf8() + "\r\n 10 \r\n");
+        QVERIFY(saveQuiet());
+        program = std::make_unique<Program>(ProgramFolder(dir.path()), QStringList(), desktop);
+        program->start();
+        QTRY_VERIFY(program->mainWindow() && program->mainWindow()->isVisible());
+        main = program->mainWindow();
     }
-    QString path(const QString &name) const { return dir.filePath(name); }
-    void write(const QString &name, const QByteArray &bytes) const
+    // The windows and bars in the order of "view.win", as shown and as the `ver` menu checks them.
+    QList<bool> shown() const
     {
-        QFile file(path(name));
-        if (file.open(QIODevice::WriteOnly))
-            file.write(bytes);
+        QList<bool> result;
+        for (int i = 0; i < ViewSwitches::general; ++i)
+            result << !main->child(ViewSwitches::Switch(i))->isHidden();
+        return result << !main->actions().barra()->isHidden()
+                      << !main->findChild<QToolBar *>("quickbar")->isHidden();
     }
-    QByteArray read(const QString &name) const
+    QList<bool> checks() const
     {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        QList<bool> result;
+        for (const char *name : {"viewweb", "viewhist", "viewactivas", "viewinactivas",
+                                 "viewestadisticas", "general", "viequickadd"})
+            result << main->actions()[name]->isChecked();
+        return result;
     }
 };
-
-// The windows and bars in the order of "view.win", as shown.
-QList<bool> shown(MainWindow &main)
-{
-    QList<bool> result;
-    for (int i = 0; i < ViewSwitches::general; ++i)
-        result << !main.child(ViewSwitches::Switch(i))->isHidden();
-    result << !main.actions().barra()->isHidden();
-    result << !main.findChild<QToolBar *>("quickbar")->isHidden();
-    return result;
-}
-
-QList<bool> checks(MainWindow &main)
-{
-    QList<bool> result;
-    for (const char *name : {"viewweb", "viewhist", "viewactivas", "viewinactivas",
-                             "viewestadisticas", "general", "viequickadd"})
-        result << main.actions()[name]->isChecked();
-    return result;
-}
 
 } // namespace
 
@@ -80,101 +66,159 @@ private Q_SLOTS:
     void viewSwitches_data();
     void viewSwitches();
     void quickAddBar();
-    void startupError();
+    void unreadableViewFile();
+    void recentDownloads();
+    void folders_data();
+    void folders();
 };
 
 void TestStartup::viewSwitches_data()
 {
     QTest::addColumn<QByteArray>("file"); // "none": no file at all
-    QTest::addColumn<QList<bool>>("on");
-    QTest::newRow("first start") << QByteArray("none")
-                                 << QList<bool>{false, false, true, true, false, true, true};
-    QTest::newRow("empty file: nothing shown") << QByteArray() << QList<bool>(7, false);
-    QTest::newRow("short file") << booleans({false, true, true})
-                                << QList<bool>{false, true, true, false, false, false, false};
-    QTest::newRow("full file") << booleans({false, true, false, true, true, false, true})
-                               << QList<bool>{false, true, false, true, true, false, true};
+    QTest::addColumn<QList<bool>>("on");  // the browser off: its engine is not for here
+    const bool T = true, F = false;
+    QTest::newRow("first start: the bars and both lists")
+        << QByteArray("none") << QList<bool>{F, F, T, T, F, T, T};
+    QTest::newRow("empty file: nothing shown") << QByteArray() << QList<bool>(7, F);
+    QTest::newRow("short file: the rest off, an odd byte ignored")
+        << words({0, -1, -1}) + '\xff' << QList<bool>{F, T, T, F, F, F, F};
+    QTest::newRow("full file") << words({0, -1, 0, -1, -1, 0, -1})
+                               << QList<bool>{F, T, F, T, T, F, T};
+    QTest::newRow("any non-zero is on, extra bytes ignored")
+        << words({0, 1, 256, 0, 0, 0, 0, -1}) << QList<bool>{F, T, T, F, F, F, F};
 }
 
 void TestStartup::viewSwitches()
 {
     QFETCH(QByteArray, file);
     QFETCH(QList<bool>, on);
-    // setup
-    Home home;
+    Started f;
     if (file != "none")
-        home.write("view.win", file);
-    FakeDesktop desktop;
-    Program program(ProgramFolder(home.dir.path()), {}, desktop);
+        f.write("view.win", file);
 
-    // action
-    program.start();
-    QTRY_VERIFY(program.mainWindow() && program.mainWindow()->isVisible());
-    MainWindow &main = *program.mainWindow();
+    f.start();
 
-    // verify: the windows follow the file, and the menu's checks follow the windows both ways
-    QCOMPARE(shown(main), on);
-    QCOMPARE(checks(main), on);
-    main.actions()["viewestadisticas"]->trigger();
-    QCOMPARE(main.child(ViewSwitches::viewestadisticas)->isHidden(), on[4]);
-    main.child(ViewSwitches::viewhist)->close();
-    QVERIFY(!main.actions()["viewhist"]->isChecked());
-    QVERIFY(desktop.callsOf("messageBox").isEmpty());
+    // The windows follow the file, and the menu's checks follow the windows both ways.
+    QCOMPARE(f.shown(), on);
+    QCOMPARE(f.checks(), on);
+    f.main->actions()["viewestadisticas"]->trigger();
+    QCOMPARE(f.main->child(ViewSwitches::viewestadisticas)->isHidden(), on[4]);
+    f.main->child(ViewSwitches::viewhist)->close();
+    QVERIFY(!f.main->actions()["viewhist"]->isChecked());
+    QCOMPARE(f.desktop.callsOf("messageBox"), QStringList());
 
-    // Leaving writes the switches as they stand, and the other files.
-    main.close();
+    // Leaving writes the switches as they stand, 0 or -1 each, an empty quick-add list too.
+    f.main->close();
     on[4] = !on[4];
     on[1] = false;
-    QCOMPARE(home.read("view.win"), booleans(on));
-    QVERIFY(QFile::exists(home.path("quick.lst")));
-    QVERIFY(home.read("historial.rtf").contains("Cerrado a las "));
+    QList<int> values;
+    for (bool value : on)
+        values << (value ? -1 : 0);
+    QCOMPARE(f.read("view.win"), words(values));
+    QVERIFY(QFile::exists(f.path("quick.lst")));
+    QCOMPARE(f.read("quick.lst"), QByteArray());
+    QVERIFY(f.read("historial.rtf").contains("Cerrado a las "));
 }
 
 void TestStartup::quickAddBar()
 {
-    Home home;
-    home.write("quick.lst", "http://a/1\r\n\r\nftp://b/2\r\n");
-    FakeDesktop desktop;
-    Program program(ProgramFolder(home.dir.path()), {}, desktop);
-    program.start();
-    QTRY_VERIFY(program.mainWindow() && program.mainWindow()->isVisible());
-    QComboBox *quickadd = program.mainWindow()->quickadd();
-    QCOMPARE(quickadd->count(), 3);
-
-    // Enter in the box adds what it holds, records it first in its list and empties it.
-    QTest::keyClicks(quickadd->lineEdit(), "http://127.0.0.1:9/nuevo.zip");
-    QTest::keyClick(quickadd->lineEdit(), Qt::Key_Return);
-    QCOMPARE(quickadd->currentText(), QString());
-    QCOMPARE(quickadd->itemText(0), QStringLiteral("http://127.0.0.1:9/nuevo.zip"));
-    QVERIFY(QFile::exists(home.path("activas.dwn")));
-
-    // A refused address stays in the box and is not recorded.
-    QTest::keyClicks(quickadd->lineEdit(), "HTTP://127.0.0.1:9/x");
-    QTest::mouseClick(program.mainWindow()->addquick(), Qt::LeftButton);
-    QCOMPARE(quickadd->currentText(), QStringLiteral("HTTP://127.0.0.1:9/x"));
+    Started f;
+    f.write("quick.lst", "http://127.0.0.1:9/viejo.zip\r\n\r\nftp://b/2\nhttp://c/3");
+    f.start();
+    QComboBox *quickadd = f.main->quickadd();
     QCOMPARE(quickadd->count(), 4);
-    QCOMPARE(desktop.callsOf("messageBox").size(), 1);
 
-    program.mainWindow()->close();
-    QCOMPARE(home.read("quick.lst"),
-             QByteArray("http://127.0.0.1:9/nuevo.zip\r\nhttp://a/1\r\n\r\nftp://b/2\r\n"));
+    // Enter adds what the box holds and empties it; this run's addresses go first in the list,
+    // in the order added, and one already there is not listed again.
+    for (const char *url : {"http://127.0.0.1:9/nuevo.zip", "http://127.0.0.1:9/otro.zip",
+                            "http://127.0.0.1:9/viejo.zip"}) {
+        QTest::keyClicks(quickadd->lineEdit(), url);
+        QTest::keyClick(quickadd->lineEdit(), Qt::Key_Return);
+        QCOMPARE(quickadd->currentText(), QString());
+    }
+    QCOMPARE(quickadd->itemText(0), QStringLiteral("http://127.0.0.1:9/nuevo.zip"));
+    QCOMPARE(QString(f.read("activas.dwn")).count("http://127.0.0.1:9/"), 3);
+
+    // A refused address stays in the box and is not listed.
+    QTest::keyClicks(quickadd->lineEdit(), "HTTP://127.0.0.1:9/x");
+    QTest::mouseClick(f.main->addquick(), Qt::LeftButton);
+    QCOMPARE(quickadd->currentText(), QStringLiteral("HTTP://127.0.0.1:9/x"));
+    QCOMPARE(quickadd->count(), 6);
+    QCOMPARE(f.desktop.callsOf("messageBox").size(), 1);
+
+    f.main->close();
+    QCOMPARE(f.read("quick.lst"),
+             QByteArray("http://127.0.0.1:9/nuevo.zip\r\nhttp://127.0.0.1:9/otro.zip\r\n"
+                        "http://127.0.0.1:9/viejo.zip\r\n\r\nftp://b/2\r\nhttp://c/3\r\n"));
 }
 
-void TestStartup::startupError()
+void TestStartup::unreadableViewFile()
 {
-    // A "view.win" that cannot be read stops the start-up there: "quick.lst" is not read.
-    Home home;
-    QVERIFY(QDir(home.dir.path()).mkdir("view.win"));
-    home.write("quick.lst", "http://a/1\r\n");
-    FakeDesktop desktop;
-    Program program(ProgramFolder(home.dir.path()), {}, desktop);
-    program.start();
-    QTRY_VERIFY(program.mainWindow() && program.mainWindow()->isVisible());
-    const QStringList boxes = desktop.callsOf("messageBox");
-    QCOMPARE(boxes.size(), 1);
+    // A "view.win" that cannot be read stops the start-up there: "quick.lst" is not read, and
+    // since the switches cannot be written on the way out either, the list is left as it was.
+    Started f;
+    QVERIFY(QDir(f.dir.path()).mkdir("view.win"));
+    f.write("quick.lst", "http://a/1\r\n");
+    f.start();
+    QCOMPARE(f.main->quickadd()->count(), 0);
+    f.main->close();
+    const QStringList boxes = f.desktop.callsOf("messageBox");
+    QCOMPARE(boxes.size(), 2);
     QVERIFY2(boxes.first().startsWith("Critical|Error al iniciar Corvane:\n"),
              qPrintable(boxes.first()));
-    QCOMPARE(program.mainWindow()->quickadd()->count(), 0);
+    QVERIFY(boxes.last().startsWith("Critical|"));
+    QCOMPARE(f.read("quick.lst"), QByteArray("http://a/1\r\n"));
+}
+
+void TestStartup::recentDownloads()
+{
+    // The `ultimas` menu: the last seven finished downloads, newest first, each once.
+    RecentDownloads recent;
+    for (int i = 1; i <= 9; ++i)
+        recent.add(QString("/d/%1").arg(i));
+    recent.add("/d/5");
+    QCOMPARE(recent.paths(), (QStringList{"/d/5", "/d/9", "/d/8", "/d/7", "/d/6", "/d/4", "/d/3"}));
+}
+
+void TestStartup::folders_data()
+{
+    QTest::addColumn<bool>("installed");
+    QTest::addColumn<bool>("writable");
+    QTest::addColumn<QString>("home");
+    QTest::addColumn<QStringList>("chosen"); // the program folder, then where msg/ is read
+    QTest::newRow("build folder") << false << true << "" << QStringList{"exe", "exe"};
+    QTest::newRow("build folder, --home") << false << true << "home" << QStringList{"home", "exe"};
+    QTest::newRow("folder not writable") << false << false << "" << QStringList{"user", "exe"};
+    QTest::newRow("installed") << true << true << "" << QStringList{"user", "share"};
+    QTest::newRow("installed, --home") << true << false << "home" << QStringList{"home", "share"};
+}
+
+void TestStartup::folders()
+{
+    QFETCH(bool, installed);
+    QFETCH(bool, writable);
+    QFETCH(QString, home);
+    QFETCH(QStringList, chosen);
+    QTemporaryDir root;
+    const QString exe = root.filePath("bin");
+    QVERIFY(QDir().mkpath(exe));
+    if (installed)
+        QVERIFY(QDir().mkpath(root.filePath("share/corvane/msg")));
+    const QHash<QString, QString> places{{"exe", exe},
+                                         {"user", root.filePath("user")},
+                                         {"home", root.filePath("home")},
+                                         {"share", root.filePath("share/corvane")}};
+    const auto all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    QFile::setPermissions(exe, writable ? all : QFile::ReadOwner | QFile::ExeOwner);
+    CommandLine command;
+    command.home = places.value(home);
+    const ProgramFolder folder = programFolderFor(command, exe, places["user"]);
+    QFile::setPermissions(exe, all);
+    // Root writes anywhere: the unwritable case can only be seen by another user.
+    if (!writable && !installed && QFileInfo(exe).isWritable())
+        QSKIP("running as root");
+    QCOMPARE(folder.dir(), places[chosen[0]]);
+    QCOMPARE(folder.dataFile("msg"), places[chosen[1]] + "/msg");
 }
 
 QTEST_MAIN(TestStartup)
