@@ -16,9 +16,9 @@ const QString Program = qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane";
 // The program with its windows on the test's own X server; killed if the test leaves it running.
 struct Corvane : QProcess
 {
-    Corvane(const XServer &x, const QStringList &arguments)
+    Corvane(const QProcessEnvironment &environment, const QStringList &arguments)
     {
-        setProcessEnvironment(x.environment());
+        setProcessEnvironment(environment);
         setProcessChannelMode(QProcess::ForwardedErrorChannel);
         start(Program, arguments);
     }
@@ -39,6 +39,7 @@ class TestProgram : public QObject
 
 private Q_SLOTS:
     void downloadsTakesOverAndLeaves();
+    void browserLinks();
 };
 
 void TestProgram::downloadsTakesOverAndLeaves()
@@ -52,7 +53,7 @@ void TestProgram::downloadsTakesOverAndLeaves()
     });
     // The lock left by a program that was killed is taken over.
     home.write("corvane.lock", "999999\ncorvane\n" + QSysInfo::machineHostName().toUtf8() + "\n");
-    Corvane first(x, {"--home", home.folder(), server.url("f.bin")});
+    Corvane first(x.environment(), {"--home", home.folder(), server.url("f.bin")});
     QTRY_COMPARE_WITH_TIMEOUT(home.read("download/f.bin").size(), Content.size(), 20000);
 
     // Garbage, a message without its end and a huge one on the hand-over channel are ignored.
@@ -68,7 +69,7 @@ void TestProgram::downloadsTakesOverAndLeaves()
     }
 
     // A second start on the same folder hands its addresses over and ends at once.
-    Corvane second(x,
+    Corvane second(x.environment(),
                    {"--home", home.folder(), server.url("a.bin"), "zelq:" + server.url("b.bin")});
     QVERIFY(second.waitForFinished(10000));
     QCOMPARE(second.exitCode(), 0);
@@ -99,6 +100,43 @@ void TestProgram::downloadsTakesOverAndLeaves()
     QCOMPARE(home.read("quick.lst"), QByteArray());
     QCOMPARE(home.read("activas.dwn"), QByteArray());
     QCOMPARE(server.requests().size(), 3);
+}
+
+void TestProgram::browserLinks()
+{
+    // setup: a page whose links are clicked as soon as it is shown, the browser window shown
+    XServer x;
+    QVERIFY2(x.start(), qPrintable(x.error()));
+    SettingsFixture home;
+    QVERIFY(home.saveQuiet());
+    home.write("view.win", QByteArray::fromHex("ffff0000ffff00000000ffffffff"));
+    ScriptedHttpServer server([&](const QByteArray &request, int) {
+        if (!request.startsWith("GET /pagina.html"))
+            return ScriptedHttpServer::file(Content, request, true);
+        const QByteArray links = "<a id=z href='zelq:" + server.url("z.bin").toUtf8() +
+                                 "'>z</a> <a id=b target=_blank href='" +
+                                 server.url("nueva.html").toUtf8() + "'>b</a>";
+        return ScriptedHttpServer::status(
+            "HTTP/1.1 200 OK", "Content-Type: text/html\r\nConnection: close\r\n",
+            "<html><body>" + links +
+                "<script>for (const id of ['b', 'z']) document.getElementById(id).click();"
+                "</script></body></html>");
+    });
+    QProcessEnvironment environment = x.environment();
+    environment.insert("CORVANE_HOME_PAGE", server.url("pagina.html"));
+    Corvane corvane(environment, {"--home", home.folder()});
+
+    // verify: the zelq: link's file is downloaded, the _blank link opened nothing
+    QTRY_COMPARE_WITH_TIMEOUT(home.read("download/z.bin").size(), Content.size(), 30000);
+    QCOMPARE(home.read("download/z.bin"), Content);
+    QStringList asked;
+    for (const QByteArray &request : server.requests())
+        asked << QString::fromLatin1(request.left(request.indexOf(" HTTP/")));
+    QCOMPARE(asked, (QStringList{"GET /pagina.html", "GET /z.bin"}));
+    // The notice of the added link is up; the program ends all the same, as on logging out.
+    corvane.terminate();
+    QVERIFY(corvane.waitForFinished(10000));
+    QCOMPARE(corvane.exitCode(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestProgram)
