@@ -1,20 +1,19 @@
 #include "../engine/enginefixture.h"
 #include "bigpage.h"
+#include "filelistwindow.h"
+#include "linkextraction.h"
 #include "linkgrabberwindow.h"
 #include "localservers.h"
 #include "scriptedhttpserver.h"
+#include "toolwidgets.h"
 
 #include <QClipboard>
-#include <QDir>
 #include <QGuiApplication>
 #include <QLineEdit>
 #include <QListView>
 #include <QMimeData>
-#include <QProcess>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QSslKey>
-#include <QSslServer>
 #include <QStringListModel>
 #include <QTest>
 #include <QTimer>
@@ -23,28 +22,37 @@ namespace {
 
 const QStringList BuiltInEndings = {"exe", "zip", "ace", "tar", "iso", "bmp", "gif", "jpg"};
 
-// The grabber window over both lists, a fresh program folder (with the sound and the picture of
-// the error notice) and the scripted desktop; controls are found by name.
-struct GrabberFixture : EngineFixture
+// A window of the tools over both lists, a fresh program folder and the scripted desktop;
+// controls are found by name.
+struct ListsFixture : EngineFixture
+{
+    QWidget *w = nullptr;
+    template <typename T> T *child(const QString &name) { return w->findChild<T *>(name); }
+    void click(const QString &name) { QTest::mouseClick(child<QPushButton>(name), Qt::LeftButton); }
+    QStringList shown(const QString &list) { return textsOf(child<QListView>(list))->stringList(); }
+    void select(const QString &list, int row)
+    {
+        child<QListView>(list)->setCurrentIndex(child<QListView>(list)->model()->index(row, 0));
+    }
+    void fill(InactiveList &list, int count)
+    {
+        for (int i = 0; i < count; ++i)
+            list.addnew("http://h/q.zip", "/tmp/q.zip", 0, 0, true, 0, true, "", "", false, false);
+    }
+};
+
+// The grabber, with the sound and the picture of its error notice in the program folder.
+struct GrabberFixture : ListsFixture
 {
     LinkGrabberWindow window{active, inactive, settings, desktop, folder};
     LinkGrabber &model = window.model();
 
     GrabberFixture()
     {
+        w = &window;
         QDir(dir.path()).mkdir("msg");
         write("msg/ding.wav", "RIFF");
         write("msg/error.gif", "GIF89a");
-    }
-    template <typename T> T *child(const QString &name) { return window.findChild<T *>(name); }
-    void click(const QString &name) { QTest::mouseClick(child<QPushButton>(name), Qt::LeftButton); }
-    QStringList shown(const QString &list)
-    {
-        return static_cast<QStringListModel *>(child<QListView>(list)->model())->stringList();
-    }
-    void select(const QString &list, int row)
-    {
-        child<QListView>(list)->setCurrentIndex(child<QListView>(list)->model()->index(row, 0));
     }
     void open(const QString &clipboard = {})
     {
@@ -62,6 +70,21 @@ struct GrabberFixture : EngineFixture
     }
 };
 
+struct ImportFixture : ListsFixture
+{
+    FileListWindow window{active, inactive, settings, desktop};
+
+    ImportFixture() { w = &window; }
+    // Chooses a list file of that content in the open dialog of `loadlist`.
+    void load(const QByteArray &content)
+    {
+        write("lista.txt", content);
+        desktop.fileAnswers = {path("lista.txt")};
+        QVERIFY(window.model().loadlist());
+        window.show();
+    }
+};
+
 HttpReply page(const QByteArray &body, bool stall = false)
 {
     HttpReply reply = HttpReply::of("HTTP/1.1 200 OK\r\n\r\n" + body);
@@ -69,50 +92,28 @@ HttpReply page(const QByteArray &body, bool stall = false)
     return reply;
 }
 
-// A TLS server on 127.0.0.1 with a certificate of its own made by openssl; it records each
-// request and answers it with `reply`.
-struct TlsServer
+// Links and images in every kind of quotes; an empty page; an address that never ends.
+HttpReply servePages(const QByteArray &request, int)
 {
-    QTemporaryDir dir;
-    QSslServer server;
-    QSslCertificate certificate;
-    QList<QByteArray> requests;
-    QByteArray reply;
+    const QByteArray path = request.split(' ').value(1);
+    return page(path.startsWith("/vacia")   ? "<p>nada</p>"
+                : path.startsWith("/rota.") ? "<a href=\"a.zip\"> <a href=\"b.zip> ..."
+                                            : "<a href=\"a.zip\"><img src='i.gif'><a href='b.htm'>"
+                                              "<a href=c.exe>");
+}
 
-    bool start()
-    {
-        QProcess openssl;
-        openssl.start("openssl",
-                      {"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
-                       "-nodes", "-keyout", dir.filePath("key"), "-out", dir.filePath("cert"),
-                       "-days", "2", "-subj", "/CN=127.0.0.1", "-addext",
-                       "subjectAltName=IP:127.0.0.1"});
-        QFile cert(dir.filePath("cert"));
-        QFile key(dir.filePath("key"));
-        if (!openssl.waitForFinished(30000) || !cert.open(QIODevice::ReadOnly) ||
-            !key.open(QIODevice::ReadOnly))
-            return false;
-        certificate = QSslCertificate(&cert);
-        QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-        configuration.setLocalCertificate(certificate);
-        configuration.setPrivateKey(QSslKey(&key, QSsl::Ec));
-        server.setSslConfiguration(configuration);
-        QObject::connect(&server, &QSslServer::pendingConnectionAvailable, &server, [this] {
-            while (QTcpSocket *socket = server.nextPendingConnection()) {
-                QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
-                    requests.append(socket->readAll());
-                    socket->write(reply);
-                    socket->disconnectFromHost();
-                });
-            }
-        });
-        return server.listen(QHostAddress::LocalHost, 0);
-    }
-    QString url(const QString &path) const
-    {
-        return QStringLiteral("https://127.0.0.1:%1/%2").arg(server.serverPort()).arg(path);
-    }
-};
+// A download as the grabber and the import place it: resuming, with the anonymous login, and
+// nothing remembered.
+template <typename Record> QString placed(const Record &r)
+{
+    return QStringList{r.Data, r.path, r.usernm + "/" + r.passw, r.allowredo ? "resumes" : "",
+                       r.rememb ? "remembered" : ""}
+        .join('|');
+}
+QString asPlaced(const QString &url, const QString &path)
+{
+    return url + "|" + path + "|anonymous/freepwd|resumes|";
+}
 
 } // namespace
 
@@ -121,169 +122,279 @@ class TestLinkGrabber : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void opening_data();
+    void initTestCase();
+    void Add_Link_data();
+    void Add_Link();
+    void GetMainWeb_data();
+    void GetMainWeb();
+    void SearchExtension_data();
+    void SearchExtension();
     void opening();
-    void fetchAndSort_data();
-    void fetchAndSort();
-    void noResults_data();
-    void noResults();
+    void fetch_data();
+    void fetch();
     void savedPages();
     void bigPageKeepsTheProgramAlive();
-    void https();
     void failures_data();
     void failures();
-    void unterminatedQuote();
     void limits_data();
     void limits();
-    void closingStopsTheFetch();
-    void editing();
-    void addtolist();
+    void editingAndAddtolist();
     void addtolistBothListsFull();
+    void importReading_data();
+    void importReading();
+    void importLoadlist();
+    void importAddtolist_data();
+    void importAddtolist();
+
+private:
+    TestAuthority m_trusted, m_other;
+    ServerCertificate m_local, m_untrusted;
+    QTemporaryDir m_pages;
+    NginxServer m_nginx{m_pages.path()};
 };
 
-void TestLinkGrabber::opening_data()
+void TestLinkGrabber::initTestCase()
 {
-    QTest::addColumn<QString>("clipboard");
-    QTest::addColumn<QString>("direcc");
+    // The grabber checks certificates against the system's authorities, ours among them.
+    QSslConfiguration trusting = QSslConfiguration::defaultConfiguration();
+    trusting.addCaCertificates(m_trusted.certificateFile());
+    QSslConfiguration::setDefaultConfiguration(trusting);
+    m_local = m_trusted.issue("local", "IP:127.0.0.1");
+    m_untrusted = m_other.issue("otro", "IP:127.0.0.1");
+    QVERIFY2(m_trusted.ok() && m_other.ok(), qPrintable(m_trusted.error() + m_other.error()));
 
-    QTest::newRow("http") << "http://h/p.htm"
-                          << "http://h/p.htm";
-    QTest::newRow("https") << "https://h/p.htm"
-                           << "https://h/p.htm";
-    QTest::newRow("upper-case scheme") << "HTTP://h/p.htm"
-                                       << "";
+    // The saved pages nginx serves: links of every kind, 5 MB with 20 000 links, and 100 MB of
+    // binary data after a link.
+    QDir(m_pages.path()).mkdir("pages");
+    const auto save = [this](const QString &name, const QByteArray &bytes, qint64 size = 0) {
+        QFile file(m_pages.filePath(name));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        QVERIFY(!size || file.resize(size));
+    };
+    save("pages/index.html",
+         "<html><body>\n"
+         "<a href=\"double.zip\">1</a> <a href='single.zip'>2</a> <a href=unquoted.zip>3</a>\n"
+         "<a href=\"sub/relative.exe\">4</a> <a href=\"/rooted/file.zip\">5</a>\n"
+         "<a href=\"../up.zip\">6</a> <a href=\"HTTP://EXAMPLE.ORG/upper.zip\">7</a>\n"
+         "<a href=\"http://example.org/abs.html\">8</a> <a href=\"double.zip\">9</a>\n"
+         "<img src=\"pic.gif\"> <img src='photo.png'>\n"
+         "</body></html>\n");
+    save("big.html", bigPage(20000, 5 * 1024 * 1024));
+    save("page.bin", "x<a href=\"first.zip\">" + randomBytes(1024 * 1024), 100 * 1024 * 1024);
+    QVERIFY2(m_nginx.start(), qPrintable(m_nginx.error()));
+}
+
+// Every page is taken from http://h/dir/p.htm: the base is http://h/dir/.
+void TestLinkGrabber::Add_Link_data()
+{
+    QTest::addColumn<QString>("code");
+    QTest::addColumn<QStringList>("addresses");
+    QTest::addColumn<bool>("fails");
+    QTest::addColumn<QString>("pattern");
+    const auto row = [](const char *name, const QString &code, const QStringList &addresses,
+                        bool fails = false, const QString &pattern = "a href=") {
+        QTest::newRow(name) << code << addresses << fails << pattern;
+    };
+    row("double quotes", "<a href=\"f.zip\">", {"http://h/dir/f.zip"});
+    row("unquoted, up to >", "<a href=f.zip>x</a>", {"http://h/dir/f.zip"});
+    row("unquoted, the nearest stop wins", "<a href=f.zip x<y\">", {"http://h/dir/f.zip"});
+    row("unquoted, the second character never stops it", "<a href=a>b.zip c",
+        {"http://h/dir/a>b.zip"});
+    row("root-relative, completed against the folder", "<a href=\"/files/a.zip\">",
+        {"http://h/dir/files/a.zip"});
+    row("dots", "<a href=\"../up.zip\">", {"http://h/up.zip"});
+    row("absolute addresses kept",
+        "<a href=\"http://o/a\"><a href=\"https://o/b\"><a href=\"ftp://o/c\">",
+        {"http://o/a", "https://o/b", "ftp://o/c"});
+    row("upper-case scheme is relative", "<a href=\"HTTP://o/a.zip\">",
+        {"http://h/dir/HTTP://o/a.zip"});
+    row("duplicates kept", "<a href=\"a\"> <a href=\"a\">", {"http://h/dir/a", "http://h/dir/a"});
+    row("pattern is case-sensitive", "<A HREF=\"a.zip\">", {});
+    row("pattern at the first character ends the scan", "a href=\"a.zip\"><a href=\"b.zip\">", {});
+    row("empty value runs on to the next quote", "<a href=\"\">x</a> <a href=\"b.zip\">",
+        {"http://h/dir/\">x</a> <a href="});
+    row("images", "<img src=\"p.gif\"><a href=\"a.zip\">", {"http://h/dir/p.gif"}, false,
+        "img src=");
+    row("unterminated quote keeps what came before", "<a href=\"a.zip\"> <a href=\"b.zip",
+        {"http://h/dir/a.zip"}, true);
+    row("unquoted value at the end of the page", "<a href=\"a.zip\"> <a href=b.zip",
+        {"http://h/dir/a.zip"}, true);
+    row("dots above the host", "<a href=\"a.zip\"> <a href=\"../../../x\"> <a href=\"c.zip\">",
+        {"http://h/dir/a.zip"}, true);
+}
+
+void TestLinkGrabber::Add_Link()
+{
+    QFETCH(QString, code);
+    QFETCH(QString, pattern);
+    const LinkList found = extractLinks(code, pattern, QStringLiteral("http://h/dir/"));
+    QTEST(found.addresses, "addresses");
+    QTEST(found.failure.has_value(), "fails");
+}
+
+void TestLinkGrabber::GetMainWeb_data()
+{
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<QString>("base");
+    QTest::newRow("page") << "http://h/dir/p.htm"
+                          << "http://h/dir/";
+    QTest::newRow("folder") << "http://h/dir/"
+                            << "http://h/dir/";
+    QTest::newRow("index.html named") << "http://h/dir/index.html"
+                                      << "http://h/dir/";
+    QTest::newRow("no slash after the folder") << "http://h/dir"
+                                               << "http://h/";
+    QTest::newRow("query") << "http://h/dir/?q=1"
+                           << "http://h/dir/";
+    QTest::newRow("host alone is a file name") << "http://h"
+                                               << "http://";
+    QTest::newRow("no scheme") << "h/dir/p.htm"
+                               << "h/dir/p.htm";
+}
+
+void TestLinkGrabber::GetMainWeb()
+{
+    QFETCH(QString, url);
+    QTEST(::GetMainWeb(url), "base");
+}
+
+void TestLinkGrabber::SearchExtension_data()
+{
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<QStringList>("ext");
+    QTest::addColumn<bool>("unwanted");
+    QTest::newRow("ending") << "http://h/a.zip" << QStringList{"exe", "zip"} << false;
+    QTest::newRow("ending with its dot") << "http://h/a.zip" << QStringList{".zip"} << false;
+    QTest::newRow("plain suffix") << "http://h/a.gzip" << QStringList{"zip"} << false;
+    QTest::newRow("case matters") << "http://h/a.ZIP" << QStringList{"zip"} << true;
+    QTest::newRow("no ending matches") << "http://h/a.htm" << QStringList{"exe", "zip"} << true;
+    QTest::newRow("no endings at all") << "http://h/a.zip" << QStringList{} << true;
+    QTest::newRow("an empty ending matches all") << "http://h/a.htm" << QStringList{""} << false;
+}
+
+void TestLinkGrabber::SearchExtension()
+{
+    QFETCH(QString, address);
+    QFETCH(QStringList, ext);
+    QTEST(::SearchExtension(address, ext), "unwanted");
 }
 
 void TestLinkGrabber::opening()
 {
-    QFETCH(QString, clipboard);
-    QFETCH(QString, direcc);
     GrabberFixture f;
     f.write("listado.lst", "pdf\r\n.mp3\r\n");
     f.settings.defdir = f.dir.path();
+    ScriptedHttpServer server([](const QByteArray &, int) { return page("<a href=\"a\">", true); });
 
-    f.open(clipboard);
-
+    // A clipboard text is the address only when it begins "http://" or "https://".
+    f.open("HTTP://h/p.htm");
     QCOMPARE(f.window.windowTitle(), "Obtener listado de archivos");
-    QCOMPARE(f.child<QLineEdit>("direcc")->text(), direcc);
+    QCOMPARE(f.child<QLineEdit>("direcc")->text(), "");
     QCOMPARE(f.child<QLineEdit>("destdir")->text(), f.dir.path() + QDir::separator());
     QCOMPARE(f.shown("ext"), BuiltInEndings + QStringList({"pdf", ".mp3"}));
+
+    // Closing stops a fetch under way; each opening starts afresh.
+    f.child<QRadioButton>("imgonly")->click();
+    f.fetch(server.url("p.htm"), false);
+    QTRY_COMPARE(server.requests().size(), 1);
+    for (const QString clipboard : {"http://h/p.htm", "https://h/p.htm"}) {
+        f.window.close();
+        QVERIFY(!f.model.fetch().running());
+        f.open(clipboard);
+        QCOMPARE(f.child<QLineEdit>("direcc")->text(), clipboard);
+    }
+    QVERIFY(f.child<QPushButton>("obtener")->isEnabled());
     QVERIFY(f.child<QRadioButton>("linkonly")->isChecked());
+    QVERIFY(f.shown("si").isEmpty());
 }
 
-void TestLinkGrabber::fetchAndSort_data()
+void TestLinkGrabber::fetch_data()
 {
+    QTest::addColumn<bool>("secure");
     QTest::addColumn<QString>("option");
+    QTest::addColumn<QString>("path");
     QTest::addColumn<QStringList>("si");
     QTest::addColumn<QStringList>("no");
-
-    // The page is <a href="a.zip"><img src='i.gif'><a href='b.htm'><a href=c.exe>: single quotes
-    // count once they are made double on arrival.
-    QTest::newRow("links") << "linkonly" << QStringList{"a.zip", "c.exe"} << QStringList{"b.htm"};
-    QTest::newRow("images") << "imgonly" << QStringList{"i.gif"} << QStringList{};
-    QTest::newRow("links, then images")
-        << "linkimg" << QStringList{"a.zip", "c.exe", "i.gif"} << QStringList{"b.htm"};
+    QTest::addColumn<QStringList>("asked");
+    QTest::addColumn<QString>("message");
+    const auto row = [](const char *name, bool secure, const QString &option, const QString &path,
+                        const QStringList &si, const QStringList &no, QStringList asked = {},
+                        const QString &message = {}) {
+        QTest::newRow(name) << secure << option << path << si << no
+                            << (asked.isEmpty() ? QStringList{"/" + path} : asked) << message;
+    };
+    // Single quotes count once they are made double on arrival.
+    row("links", false, "linkonly", "dir/p.htm", {"dir/a.zip", "dir/c.exe"}, {"dir/b.htm"});
+    row("images", false, "imgonly", "dir/p.htm", {"dir/i.gif"}, {});
+    row("links, then images, over TLS", true, "linkimg", "dir/p.htm",
+        {"dir/a.zip", "dir/c.exe", "dir/i.gif"}, {"dir/b.htm"});
+    // An address that may name a folder is tried once more with a slash.
+    row("folder without its slash", false, "linkonly", "vacia", {}, {}, {"/vacia", "/vacia/"});
+    row("no links in a page with an extension", true, "linkonly", "vacia/p.htm", {}, {});
+    // The status line counts: the address begins at character 45 of what arrived.
+    row("unterminated quote", false, "linkonly", "rota.htm", {"a.zip"}, {}, {},
+        "Critical|La dirección que empieza en el carácter 45 de la página no termina antes del "
+        "final del texto.");
 }
 
-void TestLinkGrabber::fetchAndSort()
+void TestLinkGrabber::fetch()
 {
+    QFETCH(bool, secure);
     QFETCH(QString, option);
+    QFETCH(QString, path);
     QFETCH(QStringList, si);
     QFETCH(QStringList, no);
+    QFETCH(QStringList, asked);
+    QFETCH(QString, message);
     GrabberFixture f;
-    ScriptedHttpServer server([](const QByteArray &, int) {
-        return page("<a href=\"a.zip\"><img src='i.gif'><a href='b.htm'><a href=c.exe>");
-    });
+    ScriptedHttpServer plain(servePages), tls(servePages, m_local.configuration());
+    ScriptedHttpServer &server = secure ? tls : plain;
     f.open();
     f.child<QRadioButton>(option)->click();
 
-    f.fetch(server.url("dir/p.htm"));
+    f.fetch(server.url(path));
 
-    QCOMPARE(server.requests(), QList<QByteArray>{"GET /dir/p.htm HTTP/1.1\r\n"
-                                                  "Host: 127.0.0.1\r\n"
-                                                  "Connection: close\r\n\r\n"});
+    QList<QByteArray> requests;
+    for (const QString &asking : asked)
+        requests << "GET " + asking.toUtf8() +
+                        " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n";
+    QCOMPARE(server.requests(), requests);
     for (QStringList *list : {&si, &no}) {
         for (QString &name : *list)
-            name.prepend(server.url("dir/"));
+            name = server.url(name);
     }
     QCOMPARE(f.shown("si"), si);
     QCOMPARE(f.shown("no"), no);
-    QCOMPARE(f.window.windowTitle(),
-             QString::number(si.size() + no.size()) + " direcciones encontradas");
+    const qsizetype found = si.size() + no.size();
+    QCOMPARE(f.window.windowTitle(), found ? QString::number(found) + " direcciones encontradas"
+                                           : QString("No se han encontrado resultados"));
+    QCOMPARE(f.desktop.callsOf("messageBox"),
+             message.isEmpty() ? QStringList() : QStringList{message});
     QVERIFY(f.child<QLineEdit>("direcc")->isEnabled());
-}
-
-void TestLinkGrabber::noResults_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QStringList>("asked");
-
-    // An address that may name a folder is tried once more with a slash.
-    QTest::newRow("folder without its slash") << "dir" << QStringList{"/dir", "/dir/"};
-    QTest::newRow("page with an extension") << "dir/p.htm" << QStringList{"/dir/p.htm"};
-}
-
-void TestLinkGrabber::noResults()
-{
-    QFETCH(QString, path);
-    QFETCH(QStringList, asked);
-    GrabberFixture f;
-    ScriptedHttpServer server([](const QByteArray &, int) { return page("<p>nada</p>"); });
-    f.open();
-
-    f.fetch(server.url(path));
-
-    QStringList paths;
-    for (const QByteArray &request : server.requests())
-        paths.append(QString::fromLatin1(request.split(' ').value(1)));
-    QCOMPARE(paths, asked);
-    QCOMPARE(f.window.windowTitle(), "No se han encontrado resultados");
 }
 
 void TestLinkGrabber::savedPages()
 {
-    QTemporaryDir root;
-    QDir(root.path()).mkdir("pages");
-    QFile index(root.filePath("pages/index.html"));
-    QVERIFY(index.open(QIODevice::WriteOnly));
-    index.write(
-        "<html><body>\n"
-        "<a href=\"double.zip\">1</a> <a href='single.zip'>2</a> <a href=unquoted.zip>3</a>\n"
-        "<a href=\"sub/relative.exe\">4</a> <a href=\"/rooted/file.zip\">5</a>\n"
-        "<a href=\"../up.zip\">6</a> <a href=\"HTTP://EXAMPLE.ORG/upper.zip\">7</a>\n"
-        "<a href=\"http://example.org/abs.html\">8</a> <a href=\"double.zip\">9</a>\n"
-        "<img src=\"pic.gif\"> <img src='photo.png'>\n"
-        "</body></html>\n");
-    index.close();
-    NginxServer nginx(root.path());
-    QVERIFY2(nginx.start(), qPrintable(nginx.error()));
     GrabberFixture f;
     f.open();
     f.child<QRadioButton>("linkimg")->click();
 
     // The folder without its slash: nginx redirects, the redirect holds no links, so the folder
     // is asked for once more with the slash.
-    f.fetch(nginx.url("pages"));
+    f.fetch(m_nginx.url("pages"));
 
-    const QString base = nginx.url("pages/");
+    const QString base = m_nginx.url("pages/");
     QCOMPARE(f.child<QLineEdit>("direcc")->text(), base);
     QCOMPARE(f.shown("si"),
              (QStringList{base + "double.zip", base + "single.zip", base + "unquoted.zip",
-                          base + "sub/relative.exe", base + "rooted/file.zip", nginx.url("up.zip"),
-                          base + "HTTP://EXAMPLE.ORG/upper.zip", base + "double.zip",
-                          base + "pic.gif"}));
+                          base + "sub/relative.exe", base + "rooted/file.zip",
+                          m_nginx.url("up.zip"), base + "HTTP://EXAMPLE.ORG/upper.zip",
+                          base + "double.zip", base + "pic.gif"}));
     QCOMPARE(f.shown("no"), (QStringList{"http://example.org/abs.html", base + "photo.png"}));
 }
 
 void TestLinkGrabber::bigPageKeepsTheProgramAlive()
 {
-    QTemporaryDir root;
-    QFile file(root.filePath("big.html"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bigPage(20000, 5 * 1024 * 1024));
-    file.close();
-    NginxServer nginx(root.path());
-    QVERIFY2(nginx.start(), qPrintable(nginx.error()));
     GrabberFixture f;
     f.open();
     // A timer due at once fires while the addresses are being added.
@@ -295,48 +406,18 @@ void TestLinkGrabber::bigPageKeepsTheProgramAlive()
     });
     ticker.start(0);
 
-    f.fetch(nginx.url("big.html"));
+    f.fetch(m_nginx.url("big.html"));
 
     QVERIFY(seenWhileScanning > 0 && seenWhileScanning < 20000);
     QCOMPARE(f.shown("si").size() + f.shown("no").size(), 20000);
     QCOMPARE(f.window.windowTitle(), "20000 direcciones encontradas");
-    QCOMPARE(f.shown("no").first(), nginx.url("docs/f2.txt"));
-}
-
-void TestLinkGrabber::https()
-{
-    TlsServer tls;
-    QVERIFY(tls.start());
-    tls.reply = "HTTP/1.1 200 OK\r\n\r\n<a href=\"a.zip\"> <a href='/b.zip'>";
-    GrabberFixture untrusting;
-    untrusting.open();
-    untrusting.fetch(tls.url("p.htm"));
-
-    // A certificate no authority of the system vouches for is an error like any other.
-    QVERIFY(tls.requests.isEmpty());
-    QCOMPARE(untrusting.desktop.callsOf("playSound").size(), 1);
-    QCOMPARE(untrusting.desktop.callsOf("showMessageWindow").size(), 1);
-
-    const QSslConfiguration system = QSslConfiguration::defaultConfiguration();
-    QSslConfiguration trusting = system;
-    trusting.addCaCertificate(tls.certificate);
-    QSslConfiguration::setDefaultConfiguration(trusting);
-    auto restore = qScopeGuard([&] { QSslConfiguration::setDefaultConfiguration(system); });
-    GrabberFixture f;
-    f.open();
-    f.fetch(tls.url("dir/p.htm"));
-
-    QCOMPARE(tls.requests, QList<QByteArray>{"GET /dir/p.htm HTTP/1.1\r\n"
-                                             "Host: 127.0.0.1\r\n"
-                                             "Connection: close\r\n\r\n"});
-    QCOMPARE(f.shown("si"), (QStringList{tls.url("dir/a.zip"), tls.url("dir/b.zip")}));
+    QCOMPARE(f.shown("no").first(), m_nginx.url("docs/f2.txt"));
 }
 
 void TestLinkGrabber::failures_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QStringList>("calls");
-
     quint16 closed = 0;
     {
         QTcpServer probe;
@@ -349,9 +430,10 @@ void TestLinkGrabber::failures_data()
         << "http://127.0.0.1:8080"
         << QStringList{"messageBox|Critical|El puerto de la dirección no va seguido de \"/\""};
     // The notice carries the system's description of the error.
+    const QStringList notice{"playSound|msg/ding.wav", "showMessageWindow|"};
     QTest::newRow("connection refused")
-        << QStringLiteral("http://127.0.0.1:%1/p.htm").arg(closed)
-        << QStringList{"playSound|msg/ding.wav", "showMessageWindow|"};
+        << QStringLiteral("http://127.0.0.1:%1/p.htm").arg(closed) << notice;
+    QTest::newRow("certificate of an unknown authority") << "https://untrusted/p.htm" << notice;
 }
 
 void TestLinkGrabber::failures()
@@ -359,10 +441,12 @@ void TestLinkGrabber::failures()
     QFETCH(QString, url);
     QFETCH(QStringList, calls);
     GrabberFixture f;
+    ScriptedHttpServer untrusted(servePages, m_untrusted.configuration());
     f.open();
 
-    f.fetch(url);
+    f.fetch(url.replace("https://untrusted/", untrusted.url("")));
 
+    QVERIFY(untrusted.requests().isEmpty());
     QCOMPARE(f.desktop.calls.size(), calls.size());
     for (qsizetype i = 0; i < calls.size(); ++i) {
         const QString expected = calls[i].replace("msg/", f.folder.file("msg/"));
@@ -375,26 +459,10 @@ void TestLinkGrabber::failures()
     QVERIFY(f.child<QPushButton>("obtener")->isEnabled());
 }
 
-void TestLinkGrabber::unterminatedQuote()
-{
-    GrabberFixture f;
-    ScriptedHttpServer server(
-        [](const QByteArray &, int) { return page("<a href=\"a.zip\"> <a href=\"b.zip> ..."); });
-    f.open();
-
-    f.fetch(server.url("p.htm"));
-
-    QCOMPARE(f.shown("si"), QStringList{server.url("a.zip")});
-    const QStringList messages = f.desktop.callsOf("messageBox");
-    QCOMPARE(messages.size(), 1);
-    QVERIFY(messages.first().startsWith("Critical|La dirección que empieza en el carácter "));
-}
-
 void TestLinkGrabber::limits_data()
 {
     QTest::addColumn<bool>("endless");
     QTest::addColumn<QString>("message");
-
     QTest::newRow("100 MB page") << false
                                  << "La página pasa de 16 Mb: solo se buscan direcciones en lo "
                                     "recibido hasta ahora.";
@@ -409,13 +477,6 @@ void TestLinkGrabber::limits()
     QFETCH(bool, endless);
     QFETCH(QString, message);
     // 100 MB of binary data from nginx, or a scripted server that stops sending, after a link.
-    QTemporaryDir root;
-    QFile file(root.filePath("page.bin"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("x<a href=\"first.zip\">" + randomBytes(1024 * 1024));
-    QVERIFY(file.resize(endless ? 0 : 100 * 1024 * 1024));
-    file.close();
-    NginxServer nginx(root.path());
     ScriptedHttpServer stalling(
         [](const QByteArray &, int) { return page("x<a href=\"first.zip\"> ...", true); });
     GrabberFixture f;
@@ -426,63 +487,55 @@ void TestLinkGrabber::limits()
         QTRY_VERIFY(f.model.fetch().text().contains("..."));
         f.model.fetch().timeLimitReached();
     } else {
-        QVERIFY2(nginx.start(), qPrintable(nginx.error()));
-        f.fetch(nginx.url("page.bin"));
+        f.fetch(m_nginx.url("page.bin"));
     }
 
     QCOMPARE(f.desktop.callsOf("messageBox"), QStringList{"Exclamation|" + message});
     QCOMPARE(f.shown("si").size(), 1);
     QVERIFY(f.shown("si").first().endsWith("/first.zip"));
-    QVERIFY(f.model.fetch().text().size() < 20 * 1024 * 1024);
+    // Cut at the read that passed the limit, which may bring the few megabytes a busy machine
+    // let pile up.
+    QVERIFY(f.model.fetch().text().size() < 32 * 1024 * 1024);
     QVERIFY(f.child<QPushButton>("obtener")->isEnabled());
 }
 
-void TestLinkGrabber::closingStopsTheFetch()
+void TestLinkGrabber::editingAndAddtolist()
 {
     GrabberFixture f;
-    ScriptedHttpServer server([](const QByteArray &, int) { return page("<a href=\"a\">", true); });
-    f.open();
-    f.fetch(server.url("p.htm"), false);
-    QTRY_COMPARE(server.requests().size(), 1);
-
-    f.window.close();
-    QVERIFY(!f.model.fetch().running());
-    f.open("http://otra/");
-
-    QCOMPARE(f.child<QLineEdit>("direcc")->text(), "http://otra/");
-    QVERIFY(f.child<QPushButton>("obtener")->isEnabled());
-    QVERIFY(f.shown("si").isEmpty());
-}
-
-void TestLinkGrabber::editing()
-{
-    GrabberFixture f;
-    ScriptedHttpServer server(
-        [](const QByteArray &, int) { return page("<a href=\"a.zip\"><a href=\"b.htm\">"); });
+    f.settings.maxdescval = 2;
+    ScriptedHttpServer server([](const QByteArray &, int) {
+        return page(
+            "<a href=\"1.zip\"><a href=\"2.zip\"><a href=\"3.htm\"><a href=\"d/my%20file.zip\">");
+    });
     f.open();
     f.fetch(server.url("p.htm"));
-    const QString a = server.url("a.zip");
-    const QString b = server.url("b.htm");
+    const auto urls = [&](const QStringList &names) {
+        QStringList urls;
+        for (const QString &name : names)
+            urls << server.url(name);
+        return urls;
+    };
 
     f.click("tosi"); // nothing selected
     f.select("no", 0);
     f.click("tosi");
-    QCOMPARE(f.shown("si"), (QStringList{a, b}));
+    QCOMPARE(f.shown("si"), urls({"1.zip", "2.zip", "d/my%20file.zip", "3.htm"}));
     QVERIFY(f.shown("no").isEmpty());
     f.select("si", 0);
     f.click("tono");
-    QCOMPARE(f.shown("si"), QStringList{b});
-    QCOMPARE(f.shown("no"), QStringList{a});
+    QCOMPARE(f.shown("si"), urls({"2.zip", "d/my%20file.zip", "3.htm"}));
+    QCOMPARE(f.shown("no"), urls({"1.zip"}));
 
     // An ending is added as typed; an empty answer or a cancel adds nothing.
     f.desktop.inputAnswers = {QString(".mp3"), QString(), std::nullopt};
     for (int i = 0; i < 3; ++i)
         f.click("adext");
-    QCOMPARE(f.desktop.callsOf("inputBox").first(),
-             "Escriba la extensión del archivo (exe, zip, gif) con o sin puntos.|");
+    QCOMPARE(f.desktop.callsOf("inputBox"),
+             QStringList(3, "Escriba la extensión del archivo (exe, zip, gif) con o sin puntos.|"));
     f.select("ext", 0);
     f.click("delext");
-    QCOMPARE(f.shown("ext"), BuiltInEndings.mid(1) + QStringList{".mp3"});
+    const QStringList endings = BuiltInEndings.mid(1) + QStringList{".mp3"};
+    QCOMPARE(f.shown("ext"), endings);
 
     // A dropped text replaces the address. Only a drag under way hands a drop to a field, so
     // the drop is handed over here as the drag would.
@@ -491,57 +544,34 @@ void TestLinkGrabber::editing()
     QDropEvent drop(QPointF(5, 5), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     static_cast<QObject &>(f.window).eventFilter(f.child<QLineEdit>("direcc"), &drop);
     QCOMPARE(f.child<QLineEdit>("direcc")->text(), "http://dejada/q.htm");
-}
 
-void TestLinkGrabber::addtolist()
-{
-    GrabberFixture f;
-    f.settings.maxdescval = 3;
-    ScriptedHttpServer server([](const QByteArray &request, int) {
-        return request.contains("p.htm") ? page("<a href=\"1.zip\"><a href=\"2.zip\">"
-                                                "<a href=\"3.zip\"><a href=\"d/my%20file.zip\">")
-                                         : HttpReply::of("HTTP/1.1 404 Not Found\r\n\r\n");
-    });
-    f.open();
-    f.desktop.inputAnswers = {QString("pdf")};
-    f.click("adext");
-    f.fetch(server.url("p.htm"));
-    f.desktop.fileAnswers = {f.dir.path()};
+    QDir(f.dir.path()).mkdir("elegida");
+    f.desktop.fileAnswers = {f.path("elegida")};
     f.click("brdir");
-
     f.click("addtolist");
 
-    // Three run, the fourth waits; each in the chosen folder, with one separator.
+    // Two run, the third waits; each in the chosen folder, with one separator, its name decoded.
     QVERIFY(!f.window.isVisible());
-    QCOMPARE(f.active.rowCount(), 4);
-    const QString folder = f.dir.path() + QDir::separator();
-    for (int i = 1; i <= 3; ++i) {
-        const DownloadSlot &slot = f.active.slotAt(i);
-        QCOMPARE(slot.Data, server.url(QString::number(i) + ".zip"));
-        QCOMPARE(slot.path, folder + QString::number(i) + ".zip");
-        QVERIFY(slot.allowredo && !slot.rememb);
-        QCOMPARE(slot.usernm + "/" + slot.passw, "anonymous/freepwd");
-    }
+    const QString folder = f.path("elegida") + QDir::separator();
+    QCOMPARE(f.active.rowCount(), 3);
     QCOMPARE(f.inactive.rowCount(), 2);
-    const ListRecord &queued = f.inactive.registro(1);
-    QCOMPARE(queued.Data, server.url("d/my%20file.zip"));
-    QCOMPARE(queued.path, folder + "my file.zip");
-    QVERIFY(queued.allowredo && !queued.locked);
-    QCOMPARE(queued.usernm + "/" + queued.passw, "anonymous/freepwd");
-    QCOMPARE(f.read("listado.lst"), (BuiltInEndings + QStringList{"pdf"}).join("\r\n") + "\r\n");
-
-    // The next opening shows the saved endings after the built-in ones.
+    QCOMPARE((QStringList{placed(f.active.slotAt(1)), placed(f.active.slotAt(2)),
+                          placed(f.inactive.registro(1))}),
+             (QStringList{asPlaced(server.url("2.zip"), folder + "2.zip"),
+                          asPlaced(server.url("d/my%20file.zip"), folder + "my file.zip"),
+                          asPlaced(server.url("3.htm"), folder + "3.htm")}));
+    QVERIFY(!f.inactive.registro(1).locked);
+    // The endings are saved; the next opening shows them after the built-in ones.
+    QCOMPARE(f.read("listado.lst"), endings.join("\r\n") + "\r\n");
     f.open();
-    QCOMPARE(f.shown("ext"), BuiltInEndings + BuiltInEndings + QStringList{"pdf"});
+    QCOMPARE(f.shown("ext"), BuiltInEndings + endings);
 }
 
 void TestLinkGrabber::addtolistBothListsFull()
 {
     GrabberFixture f;
     f.settings.maxdescval = 1;
-    for (int i = 0; i < SlotCount - 1; ++i)
-        f.inactive.addnew("http://h/q.zip", "/tmp/q.zip", 0, 0, true, 0, true, "", "", false,
-                          false);
+    f.fill(f.inactive, SlotCount - 1);
     ScriptedHttpServer server([](const QByteArray &, int) {
         return page("<a href=\"1.zip\"><a href=\"2.zip\"><a href=\"3.zip\">");
     });
@@ -554,6 +584,111 @@ void TestLinkGrabber::addtolistBothListsFull()
     QCOMPARE(f.active.rowCount(), 2);
     QCOMPARE(f.desktop.callsOf("messageBox"),
              QStringList{"Critical|Se ha alcanzado el máximo de descargas en cola."});
+}
+
+void TestLinkGrabber::importReading_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<QStringList>("names");
+    QTest::addColumn<bool>("complete");
+    const QStringList ab{"a.zip", "b.zip"};
+    QTest::newRow("an item a line") << QByteArray("l\r\nhttp://h/d\r\n1\r\na.zip\r\n2\r\nb.zip\r\n")
+                                    << "http://h/d" << ab << true;
+    QTest::newRow("commas") << QByteArray("l,http://h/d,1,a.zip,2,b.zip") << "http://h/d" << ab
+                            << true;
+    QTest::newRow("pairs a line") << QByteArray("l,http://h/d\n1,a.zip\n2,b.zip\n") << "http://h/d"
+                                  << ab << true;
+    QTest::newRow("odd last item dropped")
+        << QByteArray("l,http://h/d,1,a.zip,2") << "http://h/d" << QStringList{"a.zip"} << true;
+    QTest::newRow("quoted items keep their commas")
+        << QByteArray("\"l\",\"http://h/d\",\"1\",\"a, b.zip\"") << "http://h/d"
+        << QStringList{"a, b.zip"} << true;
+    QTest::newRow("address only") << QByteArray("l\r\nhttp://h/d\r\n") << "http://h/d"
+                                  << QStringList{} << true;
+    QTest::newRow("one item") << QByteArray("l\r\n") << "" << QStringList{} << false;
+    QTest::newRow("empty") << QByteArray() << "" << QStringList{} << false;
+}
+
+void TestLinkGrabber::importReading()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(bool, complete);
+    ImportFixture f;
+
+    f.load(content);
+
+    QTEST(f.child<QLineEdit>("url")->text(), "url");
+    QTEST(f.shown("si"), "names");
+    // A file that ends too soon is reported; what was read of it stays.
+    QCOMPARE(f.desktop.callsOf("messageBox"),
+             complete ? QStringList{}
+                      : QStringList{"Critical|Se ha sobrepasado el final del archivo"});
+}
+
+void TestLinkGrabber::importLoadlist()
+{
+    ImportFixture f;
+    f.settings.defdir = "/srv/bajadas/";
+
+    // Cancelling the dialog does nothing.
+    QVERIFY(!f.window.model().loadlist());
+    QCOMPARE(f.desktop.calls, QStringList{"openFileDialog|/srv/bajadas/|"});
+
+    // The menu entry: the chosen file is read, then the window shown modally.
+    f.write("lista.txt", "l,http://h/d,1,a.zip,2,b.zip");
+    f.desktop.fileAnswers = {f.path("lista.txt")};
+    bool modal = false;
+    QTimer::singleShot(0, &f.window, [&] {
+        modal = f.window.isVisible() && f.window.isModal();
+        f.window.close();
+    });
+    f.window.loadlist();
+    QVERIFY(modal);
+    QCOMPARE(f.window.windowTitle(), "Listado de archivos");
+    QCOMPARE(f.child<QLineEdit>("destdir")->text(), "/srv/bajadas/");
+
+    // Moving a name, then loading another list, which starts afresh.
+    f.select("si", 0);
+    f.click("tono");
+    QCOMPARE(f.shown("no"), QStringList{"a.zip"});
+    f.load("l,http://o/,1,c.zip");
+    QCOMPARE(f.shown("si"), QStringList{"c.zip"});
+    QVERIFY(f.shown("no").isEmpty());
+}
+
+void TestLinkGrabber::importAddtolist_data()
+{
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<int>("queued");
+    QTest::addColumn<int>("refused");
+    QTest::newRow("base without its slash") << "http://h/d" << 0 << 0;
+    QTest::newRow("base with its slash") << "http://h/d/" << 0 << 0;
+    // One fills the queue; the other two are told about once each.
+    QTest::newRow("both lists full") << "http://h/d" << SlotCount - 2 << 2;
+}
+
+void TestLinkGrabber::importAddtolist()
+{
+    QFETCH(QString, url);
+    QFETCH(int, queued);
+    QFETCH(int, refused);
+    ImportFixture f;
+    f.settings.maxdescval = 1;
+    f.fill(f.inactive, queued);
+    f.load("lista," + url.toUtf8() + ",1,a.zip,2,b.zip,3,c.zip,4,d.zip");
+
+    f.click("addtolist");
+
+    // The first runs, the others wait while there is room.
+    QVERIFY(!f.window.isVisible());
+    QCOMPARE(f.active.rowCount(), 2);
+    QCOMPARE(placed(f.active.slotAt(1)), asPlaced("http://h/d/a.zip", f.path("a.zip")));
+    QCOMPARE(f.inactive.rowCount(), 1 + queued + 3 - refused);
+    QCOMPARE(placed(f.inactive.registro(queued + 1)),
+             asPlaced("http://h/d/b.zip", f.path("b.zip")));
+    QCOMPARE(f.desktop.callsOf("messageBox"),
+             QStringList(refused, "Critical|Se ha alcanzado el límite de descargas"));
 }
 
 QTEST_MAIN(TestLinkGrabber)
