@@ -1,13 +1,18 @@
 #include "browserstartup.h"
+#include "fakedesktop.h"
+#include "homepage.h"
+#include "notifier.h"
 #include "scriptedhttpserver.h"
-#include "webfixture.h"
+#include "settings.h"
 #include "webwindow.h"
 
 #include <QApplication>
 #include <QEventLoop>
 #include <QLabel>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QStatusBar>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QWebEnginePage>
@@ -43,16 +48,24 @@ bool waitUntil(const std::function<bool()> &done)
     return done();
 }
 
-QByteArray pathOf(const QByteArray &request)
+// The browser window over a program folder holding its sound and picture, a scripted desktop,
+// an `añadir` that records the addresses reaching it, and the page above as its home page on a
+// local server.
+struct BrowserFixture
 {
-    return request.split(' ').value(1);
-}
-
-// The browser window, with the page above as its home page on a local server.
-struct WindowFixture : WebFixture
-{
+    QTemporaryDir dir;
+    Settings settings;
+    FakeDesktop desktop;
+    ProgramFolder folder{dir.path()};
+    Notifier notifier{settings, desktop, folder};
+    QStringList added;
+    // Refuses an empty address, as the main window's does.
+    WebNavigation::AddDownload añadir = [this](const QString &url) {
+        added.append(url);
+        return !url.isEmpty();
+    };
     ScriptedHttpServer server{[](const QByteArray &request, int) {
-        const QByteArray path = pathOf(request);
+        const QByteArray path = request.split(' ').value(1);
         const QByteArray body = path == "/enlaces.html" ? LinksPage
                                 : path == "/otra.html"  ? QByteArray("<p>Otra</p>")
                                                         : QByteArray();
@@ -62,18 +75,36 @@ struct WindowFixture : WebFixture
                 QByteArray::number(body.size()) + "\r\n",
             body);
     }};
-    WebWindow window{añadir(), notifier, desktop, QUrl(server.url("enlaces.html"))};
+    WebWindow window{añadir, notifier, desktop, QUrl(server.url("enlaces.html"))};
+
+    BrowserFixture()
+    {
+        QDir(dir.path()).mkdir("msg");
+        for (const QString name : {"ding.wav", "download.gif"})
+            QFile::copy(qEnvironmentVariable("CORVANE_SOURCE_DIR") + "/msg/" + name,
+                        folder.file("msg/" + name));
+    }
+
+    // `calls` with "%1" standing for the program folder.
+    QStringList inFolder(QStringList calls) const
+    {
+        for (QString &call : calls)
+            call = call.arg(folder.dir());
+        return calls;
+    }
 
     QWebEnginePage *page() const { return window.explorador()->page(); }
-    QStatusBar *estado() const { return window.findChild<QStatusBar *>("estado"); }
-    QString status() const { return estado()->findChild<QLabel *>()->text(); }
+    QString status() const
+    {
+        return window.findChild<QStatusBar *>("estado")->findChild<QLabel *>()->text();
+    }
 
     // The paths asked of the server, the browser's icon requests aside.
     QByteArrayList fetched() const
     {
         QByteArrayList paths;
         for (const QByteArray &request : server.requests())
-            paths.append(pathOf(request));
+            paths.append(request.split(' ').value(1));
         paths.removeAll("/favicon.ico");
         return paths;
     }
@@ -110,35 +141,139 @@ struct WindowFixture : WebFixture
         return xy.size() == 2 ? QPoint(xy[0].toInt(), xy[1].toInt()) : QPoint();
     }
 
-    void click(const QString &id)
-    {
-        QTest::mouseClick(window.explorador()->focusProxy(), Qt::LeftButton, {}, pointAt(id));
-    }
-
-    bool leaveForOtherPage()
+    bool click(const QString &id, const QString &goesTo = {})
     {
         QSignalSpy loaded(page(), &QWebEnginePage::loadFinished);
-        click("page");
-        return waitForPage("/otra.html", loaded);
+        QTest::mouseClick(window.explorador()->focusProxy(), Qt::LeftButton, {}, pointAt(id));
+        return goesTo.isEmpty() || waitForPage(goesTo, loaded);
     }
 };
 
 } // namespace
 
-class TestWebWindow : public QObject
+class TestBrowser : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void beforeNavigate_data();
+    void beforeNavigate();
+    void pageBoxes_data();
+    void pageBoxes();
+    void homePage_data();
+    void homePage();
+    void startPage();
     void engineStartsOnFirstShow();
     void links_data();
     void links();
     void upperCaseIsFollowed();
 };
 
-void TestWebWindow::engineStartsOnFirstShow()
+// The window's clicks below show the other prefixes.
+void TestBrowser::beforeNavigate_data()
 {
-    WindowFixture f;
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<QStringList>("added");
+    QTest::addColumn<QStringList>("calls");
+    QTest::newRow("the address taken whole")
+        << "zelq:ftp://h/a%20b.zip?x#y" << QStringList{"ftp://h/a%20b.zip?x#y"}
+        << QStringList{"playSound|%1/msg/ding.wav", "showMessageWindow|Se ha añadido "
+                                                    "ftp://h/a%20b.zip?x#y a la lista.|"
+                                                    "%1/msg/download.gif"};
+    // `añadir` refuses an empty address with its own message; no notice follows.
+    QTest::newRow("no address") << "zelq:" << QStringList{""} << QStringList();
+}
+
+void TestBrowser::beforeNavigate()
+{
+    QFETCH(QString, url);
+    QFETCH(QStringList, calls);
+    BrowserFixture f;
+    WebNavigation navigation(f.añadir, f.notifier, f.desktop);
+    QVERIFY(!navigation.beforeNavigate(url));
+    QTEST(f.added, "added");
+    QCOMPARE(f.desktop.calls, f.inFolder(calls));
+}
+
+void TestBrowser::pageBoxes_data()
+{
+    QTest::addColumn<QStringList>("navigations");
+    QTest::addColumn<bool>("shown");
+    QTest::newRow("window opened") << QStringList() << false;
+    QTest::newRow("after a mail link") << QStringList{"mailto:a@example.com"} << true;
+    QTest::newRow("after a download link")
+        << QStringList{"mailto:a@example.com", "zelq:http://127.0.0.1/a.zip"} << false;
+    QTest::newRow("mail link, then a page")
+        << QStringList{"mailto:a@example.com", "http://127.0.0.1/"} << false;
+}
+
+void TestBrowser::pageBoxes()
+{
+    QFETCH(QStringList, navigations);
+    QFETCH(bool, shown);
+    BrowserFixture f;
+    WebNavigation navigation(f.añadir, f.notifier, f.desktop);
+    for (const QString &url : navigations)
+        navigation.beforeNavigate(url);
+    f.desktop.calls.clear();
+    f.desktop.yesNoAnswers = {true, true};
+    f.desktop.inputAnswers = {QString("Luis")};
+
+    navigation.alert("Hola");
+    QCOMPARE(navigation.confirm("¿Seguro?"), shown);
+    QCOMPARE(navigation.prompt("Nombre", "Ana"),
+             shown ? std::optional<QString>("Luis") : std::nullopt);
+    QCOMPARE(navigation.acceptCertificate("127.0.0.1", "ERR_CERT_DATE_INVALID"), shown);
+    const QStringList calls = {
+        "messageBox|Exclamation|Hola|Navegador web", "askYesNo|¿Seguro?",
+        "inputBox|Nombre|Ana|Navegador web",
+        "askYesNo|El certificado de seguridad de 127.0.0.1 no es válido (ERR_CERT_DATE_INVALID). "
+        "¿Desea abrir la página de todos modos?"};
+    QCOMPARE(f.desktop.calls, shown ? calls : QStringList());
+}
+
+void TestBrowser::homePage_data()
+{
+    QTest::addColumn<QByteArray>("variable");
+    QTest::addColumn<QUrl>("page");
+    QTest::newRow("file name") << QByteArray("mi página.html")
+                               << QUrl::fromLocalFile("/opt/corvane/mi página.html");
+    QTest::newRow("absolute path") << QByteArray("/srv/p.html") << QUrl("file:///srv/p.html");
+    QTest::newRow("address") << QByteArray("http://127.0.0.1:8080/p.html?a=1")
+                             << QUrl("http://127.0.0.1:8080/p.html?a=1");
+    QTest::newRow("blank page") << QByteArray("about:blank") << QUrl("about:blank");
+}
+
+void TestBrowser::homePage()
+{
+    QFETCH(QByteArray, variable);
+    qputenv("CORVANE_HOME_PAGE", variable);
+    QTEST(::homePage("/opt/corvane"), "page");
+    qunsetenv("CORVANE_HOME_PAGE");
+}
+
+// The page chosen when building is beside the program, and its "zelq:" examples are addresses
+// the program accepts.
+void TestBrowser::startPage()
+{
+    const QUrl page = ::homePage(qEnvironmentVariable("CORVANE_BIN_DIR"));
+    if (!page.isLocalFile())
+        QSKIP("The home page chosen when building is an address");
+    QFile file(page.toLocalFile());
+    QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(page.toLocalFile()));
+    static const QRegularExpression link(QStringLiteral("href=\"zelq:([^\"]*)\""));
+    int examples = 0;
+    for (const auto &match : link.globalMatch(QString::fromUtf8(file.readAll()))) {
+        ++examples;
+        QVERIFY2(QRegularExpression("^(http|ftp)://[^/]+/.").match(match.captured(1)).hasMatch(),
+                 qPrintable(match.captured(1)));
+    }
+    QVERIFY(examples >= 2);
+}
+
+void TestBrowser::engineStartsOnFirstShow()
+{
+    BrowserFixture f;
     QCoreApplication::processEvents();
     QCOMPARE(f.window.objectName(), "web");
     QCOMPARE(f.window.windowTitle(), "Navegador web");
@@ -148,7 +283,8 @@ void TestWebWindow::engineStartsOnFirstShow()
     QVERIFY(f.open());
     QCOMPARE(f.window.explorador()->objectName(), "explorador");
     QCOMPARE(f.fetched(), QByteArrayList{"/enlaces.html"});
-    QCOMPARE(f.window.explorador()->geometry().bottom() + 1, f.estado()->geometry().top());
+    QCOMPARE(f.window.explorador()->geometry().bottom() + 1,
+             f.window.findChild<QStatusBar *>("estado")->geometry().top());
 
     // The status bar shows the link under the pointer, and what the page does otherwise.
     QCOMPARE(f.status(), "Listo");
@@ -159,7 +295,7 @@ void TestWebWindow::engineStartsOnFirstShow()
     QVERIFY(waitUntil([&] { return f.status() == "Listo"; }));
 }
 
-void TestWebWindow::links_data()
+void TestBrowser::links_data()
 {
     QTest::addColumn<QString>("link");
     QTest::addColumn<QStringList>("added");
@@ -176,20 +312,20 @@ void TestWebWindow::links_data()
                              << QStringList{"openUrl|mailto:ventas@example.com"};
 }
 
-// Clicked, each link leaves the page where it is, opens no window and fetches nothing.
-void TestWebWindow::links()
+// Clicked, each link leaves the page where it is, opens no window and fetches nothing; a plain
+// link clicked afterwards is followed.
+void TestBrowser::links()
 {
     QFETCH(QString, link);
-    QFETCH(QStringList, added);
     QFETCH(QStringList, calls);
-    WindowFixture f;
+    BrowserFixture f;
     QVERIFY(f.open());
     const QWidgetList windows = QApplication::topLevelWidgets();
 
     f.click(link);
-    QVERIFY(f.leaveForOtherPage());
+    QVERIFY(f.click("page", "/otra.html"));
 
-    QCOMPARE(f.added, added);
+    QTEST(f.added, "added");
     QCOMPARE(f.desktop.calls, f.inFolder(calls));
     QCOMPARE(f.fetched(), (QByteArrayList{"/enlaces.html", "/otra.html"}));
     QCOMPARE(QApplication::topLevelWidgets(), windows);
@@ -197,9 +333,9 @@ void TestWebWindow::links()
 
 // The web engine lowercases "ZELQ:", yet it is still followed like any other address; the lower
 // case link still adds, also when a script clicks it.
-void TestWebWindow::upperCaseIsFollowed()
+void TestBrowser::upperCaseIsFollowed()
 {
-    WindowFixture f;
+    BrowserFixture f;
     QVERIFY(f.open());
     f.evaluate("document.getElementById('upper').click()");
     QVERIFY(
@@ -219,8 +355,8 @@ int main(int argc, char *argv[])
 {
     prepareBrowser();
     QApplication app(argc, argv);
-    TestWebWindow test;
+    TestBrowser test;
     return QTest::qExec(&test, argc, argv);
 }
 
-#include "tst_webwindow.moc"
+#include "tst_browser.moc"
