@@ -68,11 +68,9 @@ struct BrowserFixture
     };
     ScriptedHttpServer server{[](const QByteArray &request, int) {
         const QByteArray path = request.split(' ').value(1);
-        const QByteArray body = path == "/enlaces.html" ? LinksPage
-                                : path == "/otra.html"  ? QByteArray("<p>Otra</p>")
-                                                        : QByteArray();
+        const QByteArray body = path == "/enlaces.html" ? LinksPage : "<p>Otra</p>";
         return ScriptedHttpServer::status(
-            body.isEmpty() ? "HTTP/1.1 404 Not Found" : "HTTP/1.1 200 OK",
+            "HTTP/1.1 200 OK",
             "Content-Type: text/html; charset=utf-8\r\nConnection: close\r\nContent-Length: " +
                 QByteArray::number(body.size()) + "\r\n",
             body);
