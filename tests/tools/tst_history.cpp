@@ -249,12 +249,13 @@ void TestHistory::randomLog()
         "“x” Ā 日本",  "\u00a0\x7f\x01", "\r",  "\n",        "\r\n",        " ",  "a las", "99"};
     const QList<quint32> colours{Red, Black, Green, HistoryColour::DarkRed, 0x123456};
     for (int i = 0; i < 400; ++i) {
-        if (random.bounded(60) == 0)
-            f.log.clear();
         QString line = random.bounded(3) ? QStringLiteral("\r\n") : QString();
         for (int w = int(random.bounded(12)); w >= 0; --w)
             line += words[random.bounded(words.size())];
-        f.log.append(line, colours[random.bounded(colours.size())]);
+        if (random.bounded(60) == 0)
+            f.log.clear();
+        else
+            f.log.append(line, colours[random.bounded(colours.size())]);
         const QByteArray written = Rtf::write(f.log.document());
         QCOMPARE(f.log.rtfLength(), written.size());
         QVERIFY(
