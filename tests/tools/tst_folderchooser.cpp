@@ -5,7 +5,6 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
-#include <QFileInfo>
 #include <QLabel>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -20,36 +19,30 @@ class TestFolderChooser : public QObject
 private Q_SLOTS:
     void newfolder_data();
     void newfolder();
-    void drives();
-    void closing();
     void browsing();
-    void desktopReusesOneWindow();
+    void closing();
 };
 
+// Made in `in` inside a folder holding a/b.
 void TestFolderChooser::newfolder_data()
 {
     QTest::addColumn<QString>("in");
     QTest::addColumn<std::optional<QString>>("answer");
     QTest::addColumn<QString>("made");
     QTest::addColumn<QString>("message");
-
-    const std::optional<QString> cancelled;
-    QTest::newRow("in the chosen folder") << "a" << std::optional<QString>("nueva") << "a/nueva"
-                                          << "";
-    QTest::newRow("chosen folder ending in a separator")
-        << "a/" << std::optional<QString>("nueva") << "a/nueva"
-        << "";
-    QTest::newRow("cancelled") << "a" << cancelled << ""
-                               << "";
-    QTest::newRow("empty name") << "a" << std::optional<QString>("") << ""
-                                << "";
-    QTest::newRow("already there") << "a" << std::optional<QString>("b") << ""
-                                   << "Error al crear la carpeta: File exists";
-    QTest::newRow("name with a separator")
-        << "a" << std::optional<QString>("b/c") << ""
-        << "Error al crear la carpeta: el nombre no puede contener «/»";
-    QTest::newRow("chosen folder gone") << "gone" << std::optional<QString>("x") << ""
-                                        << "Error al crear la carpeta: No such file or directory";
+    const auto row = [](const char *name, const QString &in, std::optional<QString> answer,
+                        const QString &made, const QString &message = {}) {
+        QTest::newRow(name) << in << answer << made
+                            << (message.isEmpty() ? message
+                                                  : "Error al crear la carpeta: " + message);
+    };
+    row("in the chosen folder", "a", "nueva", "a/nueva");
+    row("chosen folder ending in a separator", "a/", "nueva", "a/nueva");
+    row("cancelled", "a", std::nullopt, "");
+    row("empty name", "a", "", "");
+    row("already there", "a", "b", "", "File exists");
+    row("name with a separator", "a", "b/c", "", "el nombre no puede contener «/»");
+    row("chosen folder gone", "gone", "x", "", "No such file or directory");
 }
 
 void TestFolderChooser::newfolder()
@@ -65,66 +58,31 @@ void TestFolderChooser::newfolder()
     FolderChooser chooser(desktop, [] { return false; });
     chooser.setPath(root.filePath(in));
 
-    const QString result = chooser.newfolder();
+    QCOMPARE(chooser.newfolder(), made.isEmpty() ? QString() : root.filePath(made));
 
-    QCOMPARE(desktop.callsOf("inputBox"),
-             QStringList{"Escriba el nombre de la nueva carpeta||Nueva Carpeta"});
-    QCOMPARE(result, made.isEmpty() ? QString() : root.filePath(made));
-    if (!made.isEmpty())
-        QVERIFY(QFileInfo(result).isDir());
+    QCOMPARE(desktop.calls.first(),
+             "inputBox|Escriba el nombre de la nueva carpeta||Nueva Carpeta");
     QCOMPARE(desktop.callsOf("messageBox"),
              message.isEmpty() ? QStringList() : QStringList{"Critical|" + message});
     QCOMPARE(QDir(root.filePath("a")).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
              made.isEmpty() ? QStringList{"b"} : QStringList({"b", "nueva"}));
 }
 
-void TestFolderChooser::drives()
-{
-    const QList<FolderChooser::Drive> drives = FolderChooser::drives();
-    QVERIFY(!drives.isEmpty());
-    QCOMPARE(drives.first().root, QDir::homePath());
-    for (const FolderChooser::Drive &drive : drives)
-        QVERIFY2(QFileInfo(drive.root).isDir(), qPrintable(drive.root));
-
-    // A drive that cannot be read leaves the choice where it was.
-    FakeDesktop desktop;
-    FolderChooser chooser(desktop, [] { return false; });
-    QVERIFY(!chooser.setDrive("/no/such/drive"));
-    QCOMPARE(chooser.path(), QDir::homePath());
-}
-
-void TestFolderChooser::closing()
-{
-    FakeDesktop desktop;
-    bool ending = false;
-    FolderWindow window(desktop, [&] { return ending; });
-    QCOMPARE(window.objectName(), "folder");
-    QCOMPARE(window.windowTitle(), "Seleccionar carpeta");
-    window.show();
-
-    // The close box and Escape are refused while the program runs.
-    QVERIFY(!window.close());
-    QTest::keyClick(&window, Qt::Key_Escape);
-    QVERIFY(window.isVisible());
-
-    // "Aceptar" hides it; the caller then reads the path.
-    window.findChild<QPushButton *>("acept")->click();
-    QVERIFY(!window.isVisible());
-    QCOMPARE(window.result(), int(QDialog::Accepted));
-
-    window.show();
-    ending = true;
-    QVERIFY(window.close());
-}
-
 void TestFolderChooser::browsing()
 {
+    // The home folder first, then the mounted file systems.
+    const QList<FolderChooser::Drive> drives = FolderChooser::drives();
+    QCOMPARE(drives.value(0).root, QDir::homePath());
+    for (const FolderChooser::Drive &drive : drives)
+        QVERIFY2(QFileInfo(drive.root).isDir(), qPrintable(drive.root));
     QTemporaryDir root;
     QVERIFY(QDir(root.path()).mkpath("a/b"));
     FakeDesktop desktop;
     FolderWindow window(desktop, [] { return false; });
     window.show();
     auto *tree = window.findChild<QTreeView *>("dir");
+    auto *drive = window.findChild<QComboBox *>("drive");
+    QCOMPARE(drive->count(), drives.size());
 
     // The caller's folder is shown; something that is no folder leaves the choice alone.
     window.goTo(root.filePath("a"));
@@ -139,38 +97,49 @@ void TestFolderChooser::browsing()
     tree->setCurrentIndex(tree->model()->index(0, 0, a));
     QCOMPARE(window.path(), root.filePath("a/b"));
 
-    // Choosing a drive goes to its top.
-    auto *drive = window.findChild<QComboBox *>("drive");
+    // Choosing a drive goes to its top; one that cannot be read leaves the choice alone.
+    drive->addItem("nada", "/no/such/drive");
+    Q_EMIT drive->activated(drive->count() - 1);
+    QCOMPARE(window.path(), root.filePath("a/b"));
     Q_EMIT drive->activated(0);
     QCOMPARE(window.path(), QDir::homePath());
 }
 
-void TestFolderChooser::desktopReusesOneWindow()
+// One window for every choice, through the program's desktop. The close box and Escape are
+// refused while the program runs; "Aceptar" hides it and the caller reads the path.
+void TestFolderChooser::closing()
 {
     QTemporaryDir root;
     QtDesktop desktop{ProgramFolder(root.path())};
     bool ending = false;
     desktop.setGetunload([&] { return ending; });
     QList<FolderWindow *> seen;
-    const auto acceptWhenShown = [&] {
+    const auto whenShown = [&] {
         QTimer::singleShot(0, [&] {
             auto *window = qobject_cast<FolderWindow *>(QApplication::activeModalWidget());
-            QVERIFY(window);
             seen.append(window);
+            if (ending) {
+                window->close();
+                return;
+            }
+            QVERIFY(!window->close());
+            QTest::keyClick(window, Qt::Key_Escape);
+            QVERIFY(window->isVisible());
             window->findChild<QPushButton *>("acept")->click();
         });
     };
 
-    acceptWhenShown();
+    whenShown();
     QCOMPARE(desktop.chooseFolder(root.path()), root.path());
-    acceptWhenShown();
+    whenShown();
     QCOMPARE(desktop.chooseFolder(QDir::homePath()), QDir::homePath());
-    QCOMPARE(seen.size(), 2);
-    QCOMPARE(seen[0], seen[1]);
+    QVERIFY(seen[0] && seen[0] == seen[1]);
+    QCOMPARE(seen[0]->objectName(), "folder");
+    QCOMPARE(seen[0]->windowTitle(), "Seleccionar carpeta");
 
     // At the end of the program its close box works, and the chooser counts as cancelled.
     ending = true;
-    QTimer::singleShot(0, [&] { QApplication::activeModalWidget()->close(); });
+    whenShown();
     QCOMPARE(desktop.chooseFolder(root.path()), QString());
     QPointer<FolderWindow> window = seen[0];
     desktop.unloadFolder();

@@ -1,0 +1,327 @@
+#include "browserstartup.h"
+#include "fakedesktop.h"
+#include "homepage.h"
+#include "notifier.h"
+#include "scriptedhttpserver.h"
+#include "settings.h"
+#include "webwindow.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QLabel>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QStatusBar>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QWebEnginePage>
+#include <QWebEngineView>
+
+namespace {
+
+// One link of each kind, one under the other.
+const QByteArray LinksPage =
+    "<!DOCTYPE html><html><head><meta charset=\"utf-8\"></head>"
+    "<body style=\"margin: 0; font-size: 20px; line-height: 40px\">"
+    "<a id=\"zelq\" href=\"zelq:http://127.0.0.1/archivo.zip\">zelq</a><br>"
+    "<a id=\"whole\" href=\"zelq:ftp://h/a%20b.zip?x#y\">zelq con todo</a><br>"
+    "<a id=\"empty\" href=\"zelq:\">zelq sin dirección</a><br>"
+    "<a id=\"blank\" target=\"_blank\" href=\"/ventana.html\">ventana nueva</a><br>"
+    "<a id=\"newwin\" href=\"newwin:http://127.0.0.1/fuera.html\">newwin</a><br>"
+    "<a id=\"upper\" href=\"ZELQ:http://127.0.0.1/mayusculas.zip\">ZELQ</a><br>"
+    "<a id=\"mailto\" href=\"mailto:ventas@example.com\">correo</a><br>"
+    "<a id=\"page\" href=\"/otra.html\">otra página</a></body></html>";
+
+// Runs the event loop until `done` holds. The web engine's work hops between threads and only
+// flows in a running loop: QTest::qWaitFor's short sleeps slow it down many times over.
+bool waitUntil(const std::function<bool()> &done)
+{
+    QEventLoop loop;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
+        if (done())
+            loop.quit();
+    });
+    poll.start(20);
+    QTimer::singleShot(20000, &loop, &QEventLoop::quit);
+    if (!done())
+        loop.exec();
+    return done();
+}
+
+// The browser window over a program folder holding its sound and picture, a scripted desktop,
+// an `añadir` that records the addresses reaching it, and the page above as its home page on a
+// local server.
+struct BrowserFixture
+{
+    QTemporaryDir dir;
+    Settings settings;
+    FakeDesktop desktop;
+    ProgramFolder folder{dir.path()};
+    Notifier notifier{settings, desktop, folder};
+    QStringList added;
+    // Refuses an empty address, as the main window's does.
+    WebNavigation::AddDownload añadir = [this](const QString &url) {
+        added.append(url);
+        return !url.isEmpty();
+    };
+    ScriptedHttpServer server{[](const QByteArray &request, int) {
+        const QByteArray path = request.split(' ').value(1);
+        const QByteArray body = path == "/enlaces.html" ? LinksPage : "<p>Otra</p>";
+        return ScriptedHttpServer::status(
+            "HTTP/1.1 200 OK",
+            "Content-Type: text/html; charset=utf-8\r\nConnection: close\r\nContent-Length: " +
+                QByteArray::number(body.size()) + "\r\n",
+            body);
+    }};
+    WebWindow window{añadir, notifier, desktop, QUrl(server.url("enlaces.html"))};
+
+    BrowserFixture()
+    {
+        QDir(dir.path()).mkdir("msg");
+        for (const QString name : {"ding.wav", "download.gif"})
+            QFile::copy(qEnvironmentVariable("CORVANE_SOURCE_DIR") + "/msg/" + name,
+                        folder.file("msg/" + name));
+    }
+
+    QWebEnginePage *page() const { return window.explorador()->page(); }
+    QString status() const
+    {
+        return window.findChild<QStatusBar *>("estado")->findChild<QLabel *>()->text();
+    }
+
+    // The paths asked of the server, the browser's icon requests aside.
+    QByteArrayList fetched() const
+    {
+        QByteArrayList paths;
+        for (const QByteArray &request : server.requests())
+            paths.append(request.split(' ').value(1));
+        paths.removeAll("/favicon.ico");
+        return paths;
+    }
+
+    // Waits until the page at `path` is loaded: what was asked before it has been dealt with.
+    bool waitForPage(const QString &path, QSignalSpy &loaded)
+    {
+        return waitUntil([&] {
+            return page()->url().path() == path && !loaded.isEmpty() &&
+                   loaded.last().value(0).toBool();
+        });
+    }
+
+    bool open()
+    {
+        window.show();
+        QSignalSpy loaded(page(), &QWebEnginePage::loadFinished);
+        return waitForPage("/enlaces.html", loaded) &&
+               waitUntil([this] { return window.explorador()->focusProxy() != nullptr; });
+    }
+
+    QVariant evaluate(const QString &script)
+    {
+        auto result = std::make_shared<std::optional<QVariant>>();
+        page()->runJavaScript(script, [result](const QVariant &value) { *result = value; });
+        return waitUntil([result] { return result->has_value(); }) ? **result : QVariant();
+    }
+
+    // A point just inside the element `id`, where a person would point at it.
+    QPoint pointAt(const QString &id)
+    {
+        const QString box = "document.getElementById('" + id + "').getBoundingClientRect()";
+        const QVariantList xy = evaluate("[" + box + ".x + 5, " + box + ".y + 5]").toList();
+        return xy.size() == 2 ? QPoint(xy[0].toInt(), xy[1].toInt()) : QPoint();
+    }
+
+    bool click(const QString &id, const QString &goesTo = {})
+    {
+        QSignalSpy loaded(page(), &QWebEnginePage::loadFinished);
+        QTest::mouseClick(window.explorador()->focusProxy(), Qt::LeftButton, {}, pointAt(id));
+        return goesTo.isEmpty() || waitForPage(goesTo, loaded);
+    }
+};
+
+} // namespace
+
+class TestBrowser : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void pageBoxes_data();
+    void pageBoxes();
+    void homePage_data();
+    void homePage();
+    void startPage();
+    void windowOpened();
+    void links_data();
+    void links();
+};
+
+void TestBrowser::pageBoxes_data()
+{
+    QTest::addColumn<QStringList>("navigations");
+    QTest::addColumn<bool>("shown");
+    QTest::newRow("window opened") << QStringList() << false;
+    QTest::newRow("after a mail link") << QStringList{"mailto:a@example.com"} << true;
+    QTest::newRow("after a download link")
+        << QStringList{"mailto:a@example.com", "zelq:http://127.0.0.1/a.zip"} << false;
+    QTest::newRow("mail link, then a page")
+        << QStringList{"mailto:a@example.com", "http://127.0.0.1/"} << false;
+}
+
+void TestBrowser::pageBoxes()
+{
+    QFETCH(QStringList, navigations);
+    QFETCH(bool, shown);
+    BrowserFixture f;
+    WebNavigation navigation(f.añadir, f.notifier, f.desktop);
+    for (const QString &url : navigations)
+        navigation.beforeNavigate(url);
+    f.desktop.calls.clear();
+    f.desktop.yesNoAnswers = {true, true};
+    f.desktop.inputAnswers = {QString("Luis")};
+
+    navigation.alert("Hola");
+    QCOMPARE(navigation.confirm("¿Seguro?"), shown);
+    QCOMPARE(navigation.prompt("Nombre", "Ana"),
+             shown ? std::optional<QString>("Luis") : std::nullopt);
+    QCOMPARE(navigation.acceptCertificate("127.0.0.1", "ERR_CERT_DATE_INVALID"), shown);
+    const QStringList calls = {
+        "messageBox|Exclamation|Hola|Navegador web", "askYesNo|¿Seguro?",
+        "inputBox|Nombre|Ana|Navegador web",
+        "askYesNo|El certificado de seguridad de 127.0.0.1 no es válido (ERR_CERT_DATE_INVALID). "
+        "¿Desea abrir la página de todos modos?"};
+    QCOMPARE(f.desktop.calls, shown ? calls : QStringList());
+}
+
+void TestBrowser::homePage_data()
+{
+    QTest::addColumn<QByteArray>("variable");
+    QTest::addColumn<QUrl>("page");
+    QTest::newRow("file name") << QByteArray("mi página.html")
+                               << QUrl::fromLocalFile("/opt/corvane/mi página.html");
+    QTest::newRow("absolute path") << QByteArray("/srv/p.html") << QUrl("file:///srv/p.html");
+    QTest::newRow("address") << QByteArray("http://127.0.0.1:8080/p.html?a=1")
+                             << QUrl("http://127.0.0.1:8080/p.html?a=1");
+    QTest::newRow("blank page") << QByteArray("about:blank") << QUrl("about:blank");
+}
+
+void TestBrowser::homePage()
+{
+    QFETCH(QByteArray, variable);
+    qputenv("CORVANE_HOME_PAGE", variable);
+    QTEST(::homePage("/opt/corvane"), "page");
+    qunsetenv("CORVANE_HOME_PAGE");
+}
+
+// The page chosen when building is beside the program, and its "zelq:" examples are addresses
+// the program accepts.
+void TestBrowser::startPage()
+{
+    const QUrl page = ::homePage(qEnvironmentVariable("CORVANE_BIN_DIR"));
+    if (!page.isLocalFile())
+        QSKIP("The home page chosen when building is an address");
+    QFile file(page.toLocalFile());
+    QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(page.toLocalFile()));
+    static const QRegularExpression link(QStringLiteral("href=\"zelq:([^\"]*)\""));
+    int examples = 0;
+    for (const auto &match : link.globalMatch(QString::fromUtf8(file.readAll()))) {
+        ++examples;
+        QVERIFY2(QRegularExpression("^(http|ftp)://[^/]+/.").match(match.captured(1)).hasMatch(),
+                 qPrintable(match.captured(1)));
+    }
+    QVERIFY(examples >= 2);
+}
+
+void TestBrowser::windowOpened()
+{
+    BrowserFixture f;
+    QCoreApplication::processEvents();
+    QCOMPARE(f.window.objectName(), "web");
+    QCOMPARE(f.window.windowTitle(), "Navegador web");
+    QVERIFY(f.window.explorador() == nullptr);
+    QVERIFY(f.server.requests().isEmpty());
+
+    QVERIFY(f.open());
+    QCOMPARE(f.window.explorador()->objectName(), "explorador");
+    QCOMPARE(f.fetched(), QByteArrayList{"/enlaces.html"});
+    QCOMPARE(f.window.explorador()->geometry().bottom() + 1,
+             f.window.findChild<QStatusBar *>("estado")->geometry().top());
+
+    // The status bar shows the link under the pointer, and what the page does otherwise.
+    QCOMPARE(f.status(), "Listo");
+    QWidget *surface = f.window.explorador()->focusProxy();
+    QTest::mouseMove(surface, f.pointAt("newwin"));
+    QVERIFY(waitUntil([&] { return f.status() == "newwin:http://127.0.0.1/fuera.html"; }));
+    QTest::mouseMove(surface, QPoint(surface->width() - 5, surface->height() - 5));
+    QVERIFY(waitUntil([&] { return f.status() == "Listo"; }));
+
+    // The web engine lowercases "ZELQ:", yet it is still followed like any other address; the
+    // lower case link still adds, also when a script clicks it.
+    f.evaluate("document.getElementById('upper').click()");
+    QVERIFY(
+        waitUntil([&] { return f.page()->url() == QUrl("zelq:http://127.0.0.1/mayusculas.zip"); }));
+    QVERIFY(f.added.isEmpty());
+
+    QSignalSpy loaded(f.page(), &QWebEnginePage::loadFinished);
+    f.page()->triggerAction(QWebEnginePage::Back);
+    QVERIFY(f.waitForPage("/enlaces.html", loaded));
+    f.evaluate("document.getElementById('zelq').click()");
+    QVERIFY(waitUntil([&] { return !f.added.isEmpty(); }));
+    QCOMPARE(f.added, QStringList{"http://127.0.0.1/archivo.zip"});
+    QVERIFY(f.desktop.callsOf("openUrl").isEmpty());
+}
+
+void TestBrowser::links_data()
+{
+    QTest::addColumn<QString>("link");
+    QTest::addColumn<QStringList>("added");
+    QTest::addColumn<QStringList>("calls");
+    QTest::newRow("zelq:") << "zelq" << QStringList{"http://127.0.0.1/archivo.zip"}
+                           << QStringList{"playSound|%1/msg/ding.wav",
+                                          "showMessageWindow|Se ha añadido "
+                                          "http://127.0.0.1/archivo.zip a la lista.|"
+                                          "%1/msg/download.gif"};
+    QTest::newRow("zelq: the address taken whole")
+        << "whole" << QStringList{"ftp://h/a%20b.zip?x#y"}
+        << QStringList{"playSound|%1/msg/ding.wav",
+                       "showMessageWindow|Se ha añadido ftp://h/a%20b.zip?x#y a la lista.|"
+                       "%1/msg/download.gif"};
+    // `añadir` refuses an empty address with its own message; no notice follows.
+    QTest::newRow("zelq: without an address") << "empty" << QStringList{""} << QStringList();
+    QTest::newRow("target=_blank") << "blank" << QStringList() << QStringList();
+    QTest::newRow("newwin:") << "newwin" << QStringList()
+                             << QStringList{"openUrl|http://127.0.0.1/fuera.html"};
+    QTest::newRow("mailto:") << "mailto" << QStringList()
+                             << QStringList{"openUrl|mailto:ventas@example.com"};
+}
+
+// Clicked, each link leaves the page where it is, opens no window and fetches nothing; a plain
+// link clicked afterwards is followed.
+void TestBrowser::links()
+{
+    QFETCH(QString, link);
+    QFETCH(QStringList, calls);
+    BrowserFixture f;
+    QVERIFY(f.open());
+    const QWidgetList windows = QApplication::topLevelWidgets();
+
+    f.click(link);
+    QVERIFY(f.click("page", "/otra.html"));
+
+    QTEST(f.added, "added");
+    QCOMPARE(f.desktop.calls.join("\n"), calls.join("\n").replace("%1", f.folder.dir()));
+    QCOMPARE(f.fetched(), (QByteArrayList{"/enlaces.html", "/otra.html"}));
+    QCOMPARE(QApplication::topLevelWidgets(), windows);
+}
+
+int main(int argc, char *argv[])
+{
+    prepareBrowser();
+    QApplication app(argc, argv);
+    TestBrowser test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_browser.moc"
