@@ -94,11 +94,6 @@ QToolButton *button(QWidget *window, const QString &key)
     return window->findChild<QToolButton *>(key);
 }
 
-void click(QWidget *window, const QString &key)
-{
-    QTest::mouseClick(button(window, key), Qt::LeftButton);
-}
-
 void clickRow(download *row, Qt::MouseButton button = Qt::LeftButton)
 {
     QTest::mouseClick(row->findChild<QLabel *>("filename"), button);
@@ -271,6 +266,7 @@ private Q_SLOTS:
                               "Bytes descargados/total: bytest", "Progreso: porcientot",
                               "Velocidad media: velmedia", "Tiempo utilizado: tiempou",
                               "Tiempo restante: tiemporest"}));
+        QCOMPARE(button(&f.activas, "continuar")->toolTip(), QStringLiteral("Reconectar"));
         QCOMPARE(outline(&f.inactivas), (QStringList{"inactivas: Descargas inactivas, menu2",
                                                      "detener", "continuar", "bloquear"}));
         QCOMPARE(outline(&f.detail),
@@ -447,7 +443,7 @@ private Q_SLOTS:
         };
         // A disabled button cannot be pressed; the command behind it must refuse too.
         if (button(window, key)->isEnabled())
-            click(window, key);
+            button(window, key)->click();
         else
             button(window, key)->defaultAction()->trigger();
 
@@ -472,7 +468,7 @@ private Q_SLOTS:
         QTRY_VERIFY(f.activas.rowAt(1)->redoend());
         f.active.transferAt(1)->setRedoBudget(0);
         clickRow(f.activas.rowAt(1));
-        click(&f.activas, "continuar");
+        button(&f.activas, "continuar")->click();
         QVERIFY(!f.activas.rowAt(1)->redoend() && !button(&f.activas, "continuar")->isEnabled());
         QCOMPARE(f.active.transferAt(1)->redoBudget(), f.settings.vecesv);
         QTRY_VERIFY(f.activas.rowAt(1)->finalizado());
@@ -491,7 +487,7 @@ private Q_SLOTS:
         f.addActive("dos");
         f.addActive("tres", "finished");
         clickRow(f.activas.rowAt(3));
-        click(&f.activas, "delend");
+        button(&f.activas, "delend")->click();
         QCOMPARE(f.rows(), QStringLiteral("dos | "));
         QCOMPARE(texts(&f.activas, {"urlt"}), QStringList{""});
         QVERIFY(QFile::exists(f.path("uno")) && QFile::exists(f.path("tres")));
@@ -531,7 +527,7 @@ private Q_SLOTS:
         QAction *apagar = f.activas.apagarAction();
         QVERIFY(apagar->isCheckable() && !apagar->isChecked());
         QCOMPARE(apagar->text(), QStringLiteral("A&pagar equipo al finalizar"));
-        click(&f.activas, "apagar");
+        button(&f.activas, "apagar")->click();
         QVERIFY(f.active.apagar());
         f.active.shutdownTick();
         QCOMPARE(f.desktop.calls, QStringList{"powerOff"});
@@ -597,7 +593,7 @@ private Q_SLOTS:
 
     // A double click on a row opens the one detail window for that download, which follows it
     // through its states, keeps the last texts once another download has taken its slot, and is
-    // filled again on the next request.
+    // filled again on the next request; "*" stands for a size not known yet.
     void detail()
     {
         Views f;
@@ -630,8 +626,12 @@ private Q_SLOTS:
         const QStringList finished{"2 Kb", "Finalizado", "Descargados 2 Kb de 2 Kb", "1"};
         QCOMPARE(shown(), finished);
         f.active.delend();
-        f.addActive("otra");
+        f.active.addnew("http://127.0.0.1:9/otra", f.path("otra"), 0, 0, false, 0, false, "", "",
+                        false);
         QCOMPARE(shown(), finished);
+        QTest::mouseDClick(f.activas.rowAt(1)->findChild<QLabel *>("urll"), Qt::LeftButton);
+        QCOMPARE(texts(&f.detail, {"destino", "totalsize", "estado"}),
+                 (QStringList{f.path("otra"), "*", "Conectando..."}));
 
         // The inactive list keeps the position of the next byte as its byte count.
         f.inactive.addnew(url, f.path("dos.zip"), 2048, 1025, true, 3725, false, "", "", false,
@@ -651,7 +651,7 @@ private Q_SLOTS:
         EngineFixture e;
         StatsWindow window(e.active);
         window.show();
-        QCOMPARE(window.windowTitle(), QStringLiteral("Estadísticas"));
+        QCOMPARE(outline(&window), QStringList{"estadisticas: Estadísticas"});
         auto *graph = window.findChild<Grafica *>("Grafica");
         const QList<QWidget *> points = graph->findChildren<QWidget *>("punto");
         const auto shown = [&](const QList<int> &values, QSize size) {
