@@ -257,6 +257,7 @@ private Q_SLOTS:
         QVERIFY(painted(SystemToolTipBack, 0));
     }
 
+    // Each window and control can be found by the name and the text a person sees.
     void names()
     {
         Views f;
