@@ -26,8 +26,6 @@ public:
     void describe(Source source);
     void refresh();
     const DownloadInfo &info() const { return m_info; }
-    // The download is still there to be read again.
-    bool following() const { return bool(m_source); }
 
 Q_SIGNALS:
     void changed();

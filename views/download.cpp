@@ -216,7 +216,6 @@ void download::DownloadEnd()
 
 void download::paintBackground(quint32 colour)
 {
-    m_background = colour;
     QPalette palette = this->palette();
     palette.setColor(QPalette::Window, winColor(colour));
     setPalette(palette);
@@ -224,7 +223,6 @@ void download::paintBackground(quint32 colour)
 
 void download::paintLabels(quint32 colour)
 {
-    m_labelColour = colour;
     for (QLabel *label : {m_filename, m_porciento, m_nbytes, m_urll}) {
         QPalette palette = label->palette();
         palette.setColor(QPalette::WindowText, winColor(colour));

@@ -57,9 +57,6 @@ public:
     void setToolTip(const QString &text) override { QWidget::setToolTip(text); }
     void DownloadEnd() override;
 
-    quint32 baseColour() const { return m_baseColour; }
-    quint32 backgroundColour() const { return m_background; }
-    quint32 labelColour() const { return m_labelColour; }
     // Shows the progress written since the last refresh; the refresh timer calls it.
     void refresh();
 
@@ -90,8 +87,6 @@ private:
     QFrame *m_line;
 
     quint32 m_baseColour = 0xFFFFFF;
-    quint32 m_background = 0xFFFFFF;
-    quint32 m_labelColour = 0;
     QString m_archivo = QStringLiteral("Archivo"); // the design captions
     QString m_url = QStringLiteral("URL");
     QString m_bytes;

@@ -1,0 +1,690 @@
+#include "activewindow.h"
+#include "detailwindow.h"
+#include "enginefixture.h"
+#include "grafica.h"
+#include "inactivewindow.h"
+#include "scriptedhttpserver.h"
+#include "statswindow.h"
+#include "tarta.h"
+#include "transfer.h"
+#include "wincolor.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QFileInfo>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMimeData>
+#include <QProgressBar>
+#include <QRegularExpression>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTest>
+#include <QToolButton>
+
+namespace {
+
+// Both list windows over the engine's lists, shown (offscreen), with their shared detail window.
+// The windows go before the lists.
+struct Views : EngineFixture
+{
+    DetailWindow detail;
+    ActiveWindow activas{active, detail};
+    InactiveWindow inactivas{inactive, active, detail};
+
+    Views()
+    {
+        activas.show();
+        inactivas.show();
+    }
+
+    // An active download that connects nowhere: "finished" (complete), "exhausted" (out of
+    // retries), "running" or "unresumable" (connected), or else still connecting.
+    int addActive(const QString &name, const QString &state = {})
+    {
+        write(name, "parte");
+        const bool done = state == "finished";
+        const int i = active.addnew("http://127.0.0.1:9/" + name, path(name), done ? 5 : 1000,
+                                    done ? 5 : 6, state != "unresumable", 0, false, "", "", false);
+        if (state == "exhausted")
+            active.rowAt(i)->setRedoend(true);
+        else if (state == "running" || state == "unresumable")
+            active.rowAt(i)->setReconectando(false);
+        return i;
+    }
+
+    void addInactive(const QString &name, bool locked = false)
+    {
+        write(name, "parte");
+        inactive.addnew("http://127.0.0.1:9/" + name, path(name), 100, 5, true, 3, false, "", "",
+                        false, locked);
+    }
+
+    // The rows both windows show, by file name, "activas | inactivas": the selected one in
+    // brackets, a locked one marked "*".
+    QString rows() const
+    {
+        QStringList lists;
+        for (const bool inactive : {false, true}) {
+            QStringList names;
+            for (int i = 1; i < SlotCount; ++i) {
+                if (const download *row = inactive ? inactivas.rowAt(i) : activas.rowAt(i)) {
+                    const QString name =
+                        QFileInfo(row->archivo()).fileName() + (row->locked() ? "*" : "");
+                    names << (row->selected() ? "[" + name + "]" : name);
+                }
+            }
+            lists << names.join(' ');
+        }
+        return lists.join(" | ");
+    }
+
+    // With "~/" for the folder of the files and "T" for the time of day.
+    QStringList tidy(QStringList lines) const
+    {
+        return lines.replaceInStrings(dir.path() + "/", "~/")
+            .replaceInStrings(QRegularExpression("\\d\\d:\\d\\d:\\d\\d"), "T");
+    }
+};
+
+QToolButton *button(QWidget *window, const QString &key)
+{
+    return window->findChild<QToolButton *>(key);
+}
+
+void clickRow(download *row, Qt::MouseButton button = Qt::LeftButton)
+{
+    QTest::mouseClick(row->findChild<QLabel *>("filename"), button);
+}
+
+QStringList texts(QWidget *window, const QStringList &fields)
+{
+    QStringList shown;
+    for (const QString &field : fields)
+        shown << window->findChild<QLineEdit *>(field)->text();
+    return shown;
+}
+
+QStringList enabledItems(const QMenu *menu)
+{
+    QStringList names;
+    for (const QAction *item : menu->actions()) {
+        if (item->isEnabled())
+            names << item->objectName();
+    }
+    return names;
+}
+
+// What a screen reader finds in a window: its name, title and menu; the toolbar buttons that
+// show an icon and are named by their tooltip; the fields that a label names as its buddy.
+QStringList outline(QWidget *window)
+{
+    const auto *menu = window->findChild<QMenu *>();
+    QStringList found{window->objectName() + ": " + window->windowTitle() +
+                      (menu ? ", " + menu->objectName() : QString())};
+    for (QToolButton *button : window->findChildren<QToolButton *>()) {
+        if (button->parent()->objectName() == "opciones" && button->defaultAction() &&
+            button->accessibleName() == button->toolTip() && !button->icon().isNull())
+            found << button->objectName();
+    }
+    for (QLabel *label : window->findChildren<QLabel *>()) {
+        if (qobject_cast<QLineEdit *>(label->buddy()))
+            found << label->text() + " " + label->buddy()->objectName();
+    }
+    return found;
+}
+
+QLabel *label(const download &row, const char *name)
+{
+    return row.findChild<QLabel *>(name);
+}
+
+struct LayoutCounter : QObject
+{
+    int count = 0;
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        count += event->type() == QEvent::LayoutRequest;
+        return false;
+    }
+};
+
+} // namespace
+
+class TestViews : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // The engine writes the progress on every chunk: the labels take it up only on the refresh,
+    // and nothing asks for a new layout meanwhile. Above 100 shows as 100; below 0 as written,
+    // with an empty bar.
+    void rowProgress()
+    {
+        download row;
+        row.resize(645, 20);
+        row.show();
+        row.refresh();
+        QCoreApplication::processEvents();
+        LayoutCounter layouts;
+        row.installEventFilter(&layouts);
+        for (int i = 1; i <= 1000; ++i) {
+            row.setPorcentaje(i / 10);
+            row.setBytes(QString::number(i) + " Kb");
+        }
+        QCoreApplication::processEvents();
+        QCOMPARE(layouts.count, 0);
+        QCOMPARE(label(row, "nbytes")->text(), QString());
+        const auto shown = [&](int percent) {
+            row.setPorcentaje(percent);
+            row.refresh();
+            return QStringList{label(row, "nbytes")->text(), label(row, "porciento")->text(),
+                               QString::number(row.findChild<QProgressBar *>("avance")->value())};
+        };
+        QCOMPARE(shown(45), (QStringList{"1000 Kb", "45%", "45"}));
+        QCOMPARE(shown(150), (QStringList{"1000 Kb", "100%", "100"}));
+        QCOMPARE(shown(-5), (QStringList{"1000 Kb", "-5%", "0"}));
+    }
+
+    // Four columns of 150 pixels around the 45 of the percentage, the lock centred over it. Long
+    // paths lose their middle and keep the whole text as tooltip. The lock takes the place of
+    // the percentage and does not answer double clicks.
+    void rowTexts()
+    {
+        download row;
+        row.resize(645, 20);
+        row.show();
+        QList<int> lefts;
+        for (const char *name : {"filename", "avance", "porciento", "candado", "nbytes", "urll"})
+            lefts << row.findChild<QWidget *>(name)->x();
+        QCOMPARE(lefts, (QList<int>{0, 150, 300, 315, 345, 495}));
+        QLabel *filename = label(row, "filename");
+        QCOMPARE(filename->size(), QSize(150, 20));
+        const QString path = "/home/usuario/Descargas/" + QString(200, 'x') + "/final.iso";
+        row.setArchivo(path);
+        row.setUrl("http://h/corto");
+        QCOMPARE(row.archivo(), path); // the engine names the file by it in its messages
+        QVERIFY(filename->text().startsWith("/home") && filename->text().endsWith("final.iso"));
+        QVERIFY(filename->fontMetrics().horizontalAdvance(filename->text()) <= filename->width());
+        QCOMPARE(filename->toolTip(), path);
+        QCOMPARE(label(row, "urll")->text(), QStringLiteral("http://h/corto"));
+        QCOMPARE(label(row, "urll")->toolTip(), QString());
+        // A markup-looking name is shown as it is.
+        row.setArchivo("<b>negrita</b>");
+        QCOMPARE(filename->textFormat(), Qt::PlainText);
+
+        QSignalSpy doubles(&row, &download::DblClick);
+        QLabel *candado = label(row, "candado");
+        row.setLocked(true);
+        QVERIFY(candado->isVisible() && !label(row, "porciento")->isVisible());
+        QCOMPARE(candado->toolTip(), QStringLiteral("Archivo bloqueado"));
+        QTest::mouseDClick(candado, Qt::LeftButton);
+        QCOMPARE(doubles.size(), 0);
+        row.setLocked(false);
+        QVERIFY(!candado->isVisible() && label(row, "porciento")->isVisible());
+    }
+
+    // The background and the text of a row through its states, in one sequence.
+    void rowColours()
+    {
+        download row;
+        const auto painted = [&](quint32 background, quint32 text) {
+            return row.palette().color(QPalette::Window) == winColor(background) &&
+                   label(row, "urll")->palette().color(QPalette::WindowText) == winColor(text);
+        };
+        QVERIFY(painted(0xFFFFFF, 0));
+        row.setFinalizado(true); // alone it changes nothing
+        QVERIFY(painted(0xFFFFFF, 0));
+        row.setSelected(true);
+        QVERIFY(painted(SystemHighlight, SystemHighlightText));
+        // Reconnecting and running out of retries repaint even a selected row.
+        row.setReconectando(true);
+        QVERIFY(painted(0xE2FFC6, SystemHighlightText));
+        row.setRedoend(true);
+        QVERIFY(painted(0x8080FF, SystemHighlightText));
+        row.setSelected(false);
+        QVERIFY(painted(0x8080FF, 0));
+        row.setReconectando(true);
+        row.setReconectando(false);
+        QVERIFY(painted(0xFFFFFF, 0));
+        row.DownloadEnd();
+        QVERIFY(painted(SystemToolTipBack, 0));
+        row.setSelected(true);
+        QVERIFY(painted(SystemHighlight, SystemHighlightText));
+        row.setSelected(false);
+        QVERIFY(painted(SystemToolTipBack, 0));
+    }
+
+    // Each window and control can be found by the name and the text a person sees.
+    void names()
+    {
+        Views f;
+        QCOMPARE(outline(&f.activas),
+                 (QStringList{"activas: Descargas activas, menu", "detener", "pausar", "continuar",
+                              "delend", "open", "antivirus", "apagar", "URL: urlt",
+                              "Bytes descargados/total: bytest", "Progreso: porcientot",
+                              "Velocidad media: velmedia", "Tiempo utilizado: tiempou",
+                              "Tiempo restante: tiemporest"}));
+        QCOMPARE(button(&f.activas, "continuar")->toolTip(), QStringLiteral("Reconectar"));
+        QCOMPARE(outline(&f.inactivas), (QStringList{"inactivas: Descargas inactivas, menu2",
+                                                     "detener", "continuar", "bloquear"}));
+        QCOMPARE(outline(&f.detail),
+                 (QStringList{"detallado: Información de ", "URL: url", "Destino: destino",
+                              "Tamaño total: totalsize", "Descargado: actsize", "Tiempo: tiempo",
+                              "Estado: estado"}));
+    }
+
+    void rowClick_data()
+    {
+        QTest::addColumn<QStringList>("enabled");
+        QTest::newRow("running") << QStringList{"pausar", "cancelar", "propiedades"};
+        QTest::newRow("finished") << QStringList{"ejecutar", "antivirus", "propiedades"};
+        QTest::newRow("exhausted") << QStringList{"continuar", "pausar", "cancelar", "propiedades"};
+    }
+
+    // A click selects the row and describes it; the menu and the buttons follow the download's
+    // state. A click on the empty part of the list clears the selection and the panel.
+    void rowClick()
+    {
+        const QString state = QTest::currentDataTag();
+        Views f;
+        f.addActive("otra");
+        const int i = f.addActive("uno", state);
+        f.active.slotAt(i).velocidad = 12;
+        f.active.slotAt(i).tiempo = 65;
+        clickRow(f.activas.rowAt(1));
+        clickRow(f.activas.rowAt(i));
+        QCOMPARE(f.rows(), QStringLiteral("otra [uno] | "));
+        QTEST(enabledItems(f.activas.menu()), "enabled");
+        const QStringList buttons = {"continuar", "pausar", "detener", "open", "antivirus"};
+        for (int k = 0; k < buttons.size(); ++k)
+            QCOMPARE(button(&f.activas, buttons[k])->isEnabled(),
+                     f.activas.menu()->actions()[k]->isEnabled());
+        const bool done = state == "finished";
+        QCOMPARE(f.activas.findChild<QGroupBox *>("inf")->title(),
+                 "Información detallada de " + f.path("uno"));
+        QCOMPARE(texts(&f.activas, {"urlt", "bytest", "porcientot", "velmedia", "tiempou"}),
+                 (QStringList{"http://127.0.0.1:9/uno", done ? "4/5" : "5/1000",
+                              done ? "100%" : "1%", "12 Kb/seg", "0:01:05"}));
+
+        QTest::mouseClick(f.activas.frame(), Qt::LeftButton, {}, QPoint(20, 400));
+        QCOMPARE(f.rows(), QStringLiteral("otra uno | "));
+        QCOMPARE(enabledItems(f.activas.menu()), QStringList());
+        QCOMPARE(texts(&f.activas, {"urlt"}), QStringList{""});
+    }
+
+    // A right click selects a row and opens the window's menu, enabled like the toolbar; its last
+    // item describes the download. The download goes while the menu is open: the items follow.
+    void rightClickMenu()
+    {
+        Views f;
+        f.addActive("uno", "finished");
+        f.addInactive("dos", true);
+        for (const bool inactive : {false, true}) {
+            QMenu *menu = inactive ? f.inactivas.menu2() : f.activas.menu();
+            clickRow(inactive ? f.inactivas.rowAt(1) : f.activas.rowAt(1), Qt::RightButton);
+            QTRY_VERIFY(menu->isVisible());
+            QCOMPARE(f.rows(), inactive ? " | [dos*]" : "[uno] | dos*");
+            const QStringList enabled =
+                inactive ? QStringList{"continuar2", "cancelar2", "bloquear", "propiedades2"}
+                         : QStringList{"ejecutar", "antivirus", "propiedades"};
+            QCOMPARE(enabledItems(menu), enabled);
+            menu->actions().last()->trigger();
+            QCOMPARE(texts(&f.detail, {"destino"}), QStringList{f.path(inactive ? "dos" : "uno")});
+            if (inactive)
+                f.inactive.delfile(1, false);
+            else
+                f.active.delfile(1, false);
+            QCOMPARE(enabledItems(menu), QStringList());
+            menu->hide();
+        }
+        QCOMPARE(f.rows(), QStringLiteral(" | "));
+    }
+
+    void commands_data()
+    {
+        QTest::addColumn<QString>("select"); // the row clicked first: "uno" is active, "dos" and
+        QTest::addColumn<QString>("state");  // "tres" inactive; none: on the inactive window
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<bool>("yes");          // the answer to a question; No when not given
+        QTest::addColumn<QString>("meanwhile"); // what happens while the question is open
+        QTest::addColumn<QString>("rows");
+        QTest::addColumn<QString>("files");
+        QTest::addColumn<QStringList>("history");
+        QTest::addColumn<QStringList>("calls");
+        const auto row = [](const char *name, const char *select, const char *state,
+                            const char *key, bool yes, const char *rows, const QStringList &history,
+                            const QStringList &calls, const char *files = "dos tres uno",
+                            const char *meanwhile = "") {
+            QTest::newRow(name) << select << state << key << yes << meanwhile << rows << files
+                                << history << calls;
+        };
+        const auto ask = [](const QString &name) {
+            return QStringList{"askYesNo|¿Seguro que desea cancelar la transferencia de ~/" + name +
+                               "?"};
+        };
+        const QStringList warn{"askYesNo|Advertencia: Este servidor no soporta la reanudación de "
+                               "descargas, así que empezará de cero la próxima vez. ¿Desea "
+                               "pausar la descarga de todas formas?"};
+        const QStringList paused{"\r\nPausada la descarga de ~/uno a las T cuando llevaba "
+                                 "descargado 6 bytes"};
+        const QStringList cancelled{"\r\nCancelada la descarga de ~/uno a las T"};
+        // The toolbar of the active window.
+        row("cancel, yes", "uno", "running", "detener", true, " | dos tres", cancelled, ask("uno"),
+            "dos tres");
+        row("cancel, no", "uno", "running", "detener", false, "[uno] | dos tres", {}, ask("uno"));
+        row("pause, resumable", "uno", "running", "pausar", false, " | dos tres uno", paused, {});
+        row("pause, not resumable, no", "uno", "unresumable", "pausar", false, "[uno] | dos tres",
+            {}, warn);
+        row("pause, not resumable, yes", "uno", "unresumable", "pausar", true, " | dos tres uno",
+            paused, warn);
+        row("pause, finished", "uno", "finished", "pausar", false, "[uno] | dos tres", {}, {});
+        row("open, finished", "uno", "finished", "open", false, "[uno] | dos tres",
+            {"\r\nEjecutado el archivo ~/uno a las T"}, {"openFile|~/uno"});
+        row("open, running", "uno", "running", "open", false, "[uno] | dos tres", {}, {});
+        row("antivirus, none set", "uno", "finished", "antivirus", false, "[uno] | dos tres", {},
+            {"messageBox|Exclamation|No hay ningún antivirus configurado."});
+        row("antivirus, running", "uno", "running", "antivirus", false, "[uno] | dos tres", {}, {});
+        row("reconnect, not exhausted", "uno", "running", "continuar", false, "[uno] | dos tres",
+            {}, {});
+        // The answer comes after the download changed: it acts on what the slot holds then. A
+        // download that ends while it is asked about is still the one that was asked about.
+        row("cancel, finished meanwhile", "uno", "running", "detener", true, " | dos tres",
+            cancelled, ask("uno"), "dos tres", "finish");
+        row("cancel, removed meanwhile", "uno", "running", "detener", true, " | dos tres", {},
+            ask("uno"), "dos tres uno", "remove");
+        row("cancel, replaced meanwhile", "uno", "running", "detener", true, "otra | dos tres", {},
+            ask("uno"), "dos otra tres uno", "replace");
+        // The toolbar of the inactive window; with one download active, the list is full at two.
+        row("inactive cancel, yes", "tres", "", "detener", true, "uno | dos",
+            {"Cancelada la descarga de ~/tres a las T"}, ask("tres"), "dos uno");
+        row("inactive cancel, no", "tres", "", "detener", false, "uno | dos [tres]", {},
+            ask("tres"));
+        row("continue", "tres", "", "continuar", false, "uno tres | dos",
+            {"Se continúa la descarga de ~/tres a las T"}, {});
+        row("continue, active list full", "tres", "", "continuar", false, "uno | dos [tres]", {},
+            {"messageBox|Critical|Ya hay activas el número máximo configurado."});
+        row("lock", "tres", "", "bloquear", false, "uno | dos [tres*]", {}, {});
+        row("cancel, nothing selected", "", "", "detener", true, "uno | dos tres", {}, {});
+        row("continue, nothing selected", "", "", "continuar", false, "uno | dos tres", {}, {});
+        row("lock, nothing selected", "", "", "bloquear", false, "uno | dos tres", {}, {});
+    }
+
+    // Each toolbar button as a person presses it: what both windows list afterwards, the files,
+    // the questions and messages, the history lines.
+    void commands()
+    {
+        QFETCH(QString, select);
+        QFETCH(QString, key);
+        QFETCH(QString, meanwhile);
+        Views f;
+        f.settings.maxdescval =
+            QTest::currentDataTag() == QLatin1String("continue, active list full") ? 2 : 10;
+        QFETCH(QString, state);
+        f.addActive("uno", state);
+        f.addInactive("dos");
+        f.addInactive("tres");
+        QWidget *window = select == "uno" ? static_cast<QWidget *>(&f.activas) : &f.inactivas;
+        if (!select.isEmpty())
+            clickRow(select == "uno" ? f.activas.rowAt(1) : f.inactivas.rowAt(2));
+        f.desktop.calls.clear();
+        QFETCH(bool, yes);
+        f.desktop.yesNoAnswers = {yes};
+        f.desktop.whileAsking = [&] {
+            if (meanwhile == "finish") {
+                f.active.rowAt(1)->DownloadEnd();
+                f.active.rowAt(1)->setFinalizado(true);
+            } else if (!meanwhile.isEmpty()) {
+                f.active.delfile(1, false);
+                if (meanwhile == "replace")
+                    f.addActive("otra");
+            }
+        };
+        // A disabled button cannot be pressed; the command behind it must refuse too.
+        if (button(window, key)->isEnabled())
+            button(window, key)->click();
+        else
+            button(window, key)->defaultAction()->trigger();
+
+        QTEST(f.rows(), "rows");
+        QTEST(QDir(f.dir.path()).entryList({"uno", "dos", "tres", "otra"}).join(' '), "files");
+        QTEST(f.tidy(f.desktop.calls), "calls");
+        QTEST(f.tidy(f.history.lines), "history");
+        QCOMPARE(button(&f.inactivas, "detener")->isEnabled(), f.inactive.seleccionado() != 0);
+    }
+
+    // A server that refused the file once gives it the second time: "continuar" fetches it
+    // again, with the whole retry budget.
+    void reconnectAfterFailure()
+    {
+        Views f;
+        const QByteArray content = randomBytes(50000);
+        ScriptedHttpServer server([&](const QByteArray &request, int index) {
+            return index == 0 ? ScriptedHttpServer::status("HTTP/1.1 404 Not Found")
+                              : ScriptedHttpServer::file(content, request, true);
+        });
+        f.active.addnew(server.url("f.bin"), f.path("f.bin"), 0, 0, false, 0, false, "", "", false);
+        QTRY_VERIFY(f.activas.rowAt(1)->redoend());
+        f.active.transferAt(1)->setRedoBudget(0);
+        clickRow(f.activas.rowAt(1));
+        button(&f.activas, "continuar")->click();
+        QVERIFY(!f.activas.rowAt(1)->redoend() && !button(&f.activas, "continuar")->isEnabled());
+        QCOMPARE(f.active.transferAt(1)->redoBudget(), f.settings.vecesv);
+        QTRY_VERIFY(f.activas.rowAt(1)->finalizado());
+        QCOMPARE(f.read("f.bin"), content);
+        QCOMPARE(server.requests().size(), 2);
+        // Finished while selected: the buttons follow.
+        QVERIFY(button(&f.activas, "open")->isEnabled());
+    }
+
+    // The finished downloads leave, the selected one among them; their files stay, and the row
+    // left moves up under the column headers.
+    void delendWithSelectedFinished()
+    {
+        Views f;
+        f.addActive("uno", "finished");
+        f.addActive("dos");
+        f.addActive("tres", "finished");
+        clickRow(f.activas.rowAt(3));
+        button(&f.activas, "delend")->click();
+        QCOMPARE(f.rows(), QStringLiteral("dos | "));
+        QCOMPARE(texts(&f.activas, {"urlt"}), QStringList{""});
+        QVERIFY(QFile::exists(f.path("uno")) && QFile::exists(f.path("tres")));
+        RowFrame *frame = f.activas.frame();
+        QCOMPARE(f.activas.rowAt(2)->y(),
+                 frame->findChild<QWidget *>("headers")->height() + frame->contentsRect().y());
+    }
+
+    // A link dropped on either window goes to the active list, which asks where to save it.
+    void drops()
+    {
+        Views f;
+        const auto drop = [](QWidget *target, const QString &format, const QByteArray &data) {
+            QMimeData mime;
+            mime.setData(format, data);
+            QDragEnterEvent enter({100, 100}, Qt::CopyAction, &mime, Qt::LeftButton, {});
+            QCoreApplication::sendEvent(target, &enter);
+            QDropEvent drop({100, 100}, Qt::CopyAction, &mime, Qt::LeftButton, {});
+            if (enter.isAccepted())
+                QCoreApplication::sendEvent(target, &drop);
+            return enter.isAccepted();
+        };
+        f.desktop.fileAnswers = {f.path("a"), f.path("c")};
+        QVERIFY(!drop(&f.activas, "text/plain", " \n "));
+        QVERIFY(drop(&f.activas, "text/uri-list", "http://127.0.0.1:9/a%20b.zip\r\n"));
+        QVERIFY(drop(&f.inactivas, "text/plain", "\n  ftp://127.0.0.1:9/pub/c.bin  \nmore"));
+        QTRY_COMPARE(f.rows(), QStringLiteral("a c | "));
+        QCOMPARE(f.desktop.callsOf("saveFileDialog"),
+                 (QStringList{f.path("a b.zip") + "|", f.path("c.bin") + "|"}));
+    }
+
+    // Pressed, "apagar" switches the computer off once nothing is left to download, and goes
+    // up.
+    void apagar()
+    {
+        Views f;
+        QAction *apagar = f.activas.apagarAction();
+        QVERIFY(apagar->isCheckable() && !apagar->isChecked());
+        QCOMPARE(apagar->text(), QStringLiteral("A&pagar equipo al finalizar"));
+        button(&f.activas, "apagar")->click();
+        QVERIFY(f.active.apagar());
+        f.active.shutdownTick();
+        QCOMPARE(f.desktop.calls, QStringList{"powerOff"});
+        QVERIFY(!apagar->isChecked());
+    }
+
+    // The list owns the rows and the window's frame holds them: whichever goes first, each row
+    // is deleted once, by the list, also a row that was just removed and waits to be deleted.
+    void destroyedInEitherOrder()
+    {
+        for (const bool listFirst : {true, false}) {
+            EngineFixture e;
+            DetailWindow detail;
+            auto list = std::make_unique<ActiveList>(e.settings, e.desktop, e.history, e.folder,
+                                                     EngineFixture::plainRows());
+            auto window = std::make_unique<ActiveWindow>(*list, detail);
+            window->show();
+            const auto add = [&](const QString &name) {
+                list->addnew("http://127.0.0.1:9/" + name, e.path(name), 5, 5, false, 0, false, "",
+                             "", false);
+            };
+            add("a");
+            add("b");
+            const QPointer<download> kept = window->rowAt(1);
+            const QPointer<download> removed = window->rowAt(2);
+            list->delfile(2, false);
+            QVERIFY(kept && removed && !removed->parent());
+            if (!listFirst) {
+                window.reset();
+                QVERIFY(kept && !kept->parent());
+                add("c");
+                QVERIFY(!dynamic_cast<download *>(list->rowAt(2)));
+            }
+            list.reset();
+            QVERIFY(!kept && !removed);
+        }
+    }
+
+    // 40 downloads with long names in each list: the scroll bar brings the last one into view,
+    // and the windows do not grow to fit the names.
+    void fortyLongRows()
+    {
+        Views f;
+        for (int i = 0; i < 40; ++i) {
+            const QString name = QString::number(i) + QString(120, 'n') + ".zip";
+            f.addInactive(name);
+            f.addActive(name, "finished");
+        }
+        for (QWidget *window :
+             {static_cast<QWidget *>(&f.activas), static_cast<QWidget *>(&f.inactivas)}) {
+            auto *frame = window->findChild<RowFrame *>();
+            const QList<download *> rows = frame->findChildren<download *>();
+            auto *scroll = frame->findChild<QScrollBar *>("scroll");
+            QVERIFY(rows.size() == 40 && scroll->isVisible());
+            QVERIFY(!rows.last()->isVisible() ||
+                    rows.last()->geometry().bottom() > frame->height());
+            scroll->setValue(scroll->maximum());
+            QVERIFY(rows.last()->isVisible() && !rows.first()->isVisible());
+            QVERIFY(rows.last()->geometry().bottom() <= frame->contentsRect().bottom());
+            QVERIFY(window->width() < 1000);
+        }
+    }
+
+    // A double click on a row opens the one detail window for that download, which follows it
+    // through its states, keeps the last texts once another download has taken its slot, and is
+    // filled again on the next request; "*" stands for a size not known yet.
+    void detail()
+    {
+        Views f;
+        const QString url = "http://127.0.0.1:9/dir/uno.zip";
+        f.active.addnew(url, f.path("uno.zip"), 2048, 1025, true, 3725, false, "", "", false);
+        download *row = f.activas.rowAt(1);
+        QTest::mouseDClick(row->findChild<QLabel *>("urll"), Qt::LeftButton);
+        QVERIFY(f.detail.isVisible());
+        QCOMPARE(f.detail.windowTitle(), "Información de " + f.path("uno.zip"));
+        QVERIFY(f.detail.findChild<QCheckBox *>("allowredo")->isChecked());
+        const auto shown = [&] {
+            f.detail.model().refresh();
+            return texts(&f.detail, {"actsize", "estado"})
+                   << f.detail.findChild<QLabel *>("downloaded")->text()
+                   << QString::number(f.detail.findChild<Tarta *>("tarta")->proportion());
+        };
+        const QString half = "Descargados 1024 bytes de 2 Kb";
+        QCOMPARE(texts(&f.detail, {"url", "destino", "totalsize", "tiempo"}),
+                 (QStringList{url, f.path("uno.zip"), "2 Kb", "1:02:05"}));
+        QCOMPARE(shown(), (QStringList{"1024 bytes", "Conectando...", half, "0.5"}));
+        row->setReconectando(false);
+        QCOMPARE(shown(), (QStringList{"1024 bytes", "Descargando", half, "0.5"}));
+        row->setRedoend(true);
+        QCOMPARE(shown(),
+                 (QStringList{"1024 bytes", "Se han agotado los reintentos", half, "0.5"}));
+        row->setRedoend(false);
+        f.active.slotAt(1).bytes = 2049;
+        row->DownloadEnd();
+        row->setFinalizado(true);
+        const QStringList finished{"2 Kb", "Finalizado", "Descargados 2 Kb de 2 Kb", "1"};
+        QCOMPARE(shown(), finished);
+        f.active.delend();
+        f.active.addnew("http://127.0.0.1:9/otra", f.path("otra"), 0, 0, false, 0, false, "", "",
+                        false);
+        QCOMPARE(shown(), finished);
+        QTest::mouseDClick(f.activas.rowAt(1)->findChild<QLabel *>("urll"), Qt::LeftButton);
+        QCOMPARE(texts(&f.detail, {"destino", "totalsize", "estado"}),
+                 (QStringList{f.path("otra"), "*", "Conectando..."}));
+
+        // The inactive list keeps the position of the next byte as its byte count.
+        f.inactive.addnew(url, f.path("dos.zip"), 2048, 1025, true, 3725, false, "", "", false,
+                          false);
+        QTest::mouseDClick(f.inactivas.rowAt(1)->findChild<QLabel *>("urll"), Qt::LeftButton);
+        QCOMPARE(texts(&f.detail, {"url", "destino", "totalsize", "tiempo"}),
+                 (QStringList{url, f.path("dos.zip"), "2 Kb", "1:02:05"}));
+        QCOMPARE(shown(), (QStringList{"1 Kb", "Pausado", "Descargados 1 Kb de 2 Kb",
+                                       QString::number(1025.0 / 2048)}));
+    }
+
+    // The window `estadisticas` takes the active list's total speed once a second and shows the
+    // last nine values as points with their labels above them. The scale starts at 20 and only
+    // grows, to 20 above a value beyond it; resized, the window draws the points again.
+    void graph()
+    {
+        EngineFixture e;
+        StatsWindow window(e.active);
+        window.show();
+        QCOMPARE(outline(&window), QStringList{"estadisticas: Estadísticas"});
+        auto *graph = window.findChild<Grafica *>("Grafica");
+        const QList<QWidget *> points = graph->findChildren<QWidget *>("punto");
+        const auto shown = [&](const QList<int> &values, QSize size) {
+            for (int value : values)
+                Q_EMIT e.active.totalSpeed(value);
+            window.resize(size);
+            QString text = "max " + QString::number(graph->Max()) + ":";
+            for (int i : {0, 4, 8})
+                text += QString(" %1,%2").arg(points[i]->x()).arg(points[i]->y());
+            return text;
+        };
+        e.active.updateTick(); // nothing runs: 0 Kb/seg
+        // Before any value every point lies on the baseline, 100 twips above the bottom.
+        QCOMPARE(shown({}, {600, 300}), QStringLiteral("max 20: 5,293 272,293 539,293"));
+        QCOMPARE(shown({5, 10}, {300, 200}), QStringLiteral("max 20: 5,193 139,193 272,93"));
+        // The top of the scale less the marker.
+        QCOMPARE(shown({25, 45}, {450, 300}), QStringLiteral("max 45: 5,293 205,293 405,-7"));
+        QCOMPARE(shown({30, 0}, {240, 120}), QStringLiteral("max 45: 5,113 112,87 219,113"));
+        QCOMPARE(shown({46}, {660, 330}), QStringLiteral("max 66: 5,323 299,198 592,93"));
+        QCOMPARE(graph->size(), window.size());
+        QStringList labels;
+        for (const QLabel *label : graph->findChildren<QLabel *>("texto"))
+            labels << label->text();
+        QCOMPARE(labels.join(", "),
+                 QStringLiteral("0 Kb/seg, 0 Kb/seg, 5 Kb/seg, 10 Kb/seg, 25 Kb/seg, 45 Kb/seg, 30 "
+                                "Kb/seg, 0 Kb/seg, 46 Kb/seg"));
+        // Labels sit 60 twips above their point, centred on it.
+        const QLabel *label = graph->findChildren<QLabel *>("texto")[4];
+        QCOMPARE(label->geometry().bottom() + 1, points[4]->y() - 4);
+        QVERIFY(qAbs(label->geometry().center().x() - points[4]->geometry().center().x()) <= 1);
+    }
+};
+
+QTEST_MAIN(TestViews)
+#include "tst_views.moc"
