@@ -513,6 +513,8 @@ private Q_SLOTS:
         };
         f.desktop.fileAnswers = {f.path("a"), f.path("c")};
         QVERIFY(!drop(&f.activas, "text/plain", " \n "));
+        // A file of this machine is no link.
+        QVERIFY(!drop(&f.activas, "text/uri-list", "file:///tmp/a.zip\r\n"));
         QVERIFY(drop(&f.activas, "text/uri-list", "http://127.0.0.1:9/a%20b.zip\r\n"));
         QVERIFY(drop(&f.inactivas, "text/plain", "\n  ftp://127.0.0.1:9/pub/c.bin  \nmore"));
         QTRY_COMPARE(f.rows(), QStringLiteral("a c | "));
