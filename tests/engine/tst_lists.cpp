@@ -1,11 +1,30 @@
+// The two lists, their files and commands, the addresses a person types, and the timer ticks
+// called by hand. Transfers over the network are in tst_http and tst_ftp.
 #include "enginefixture.h"
+#include "quickadd.h"
+#include "urls.h"
 
+#include <QSignalSpy>
 #include <QTest>
 
 namespace {
 
 const QString Url1 = QStringLiteral("http://127.0.0.1:9/uno.zip");
 const QString Url2 = QStringLiteral("ftp://127.0.0.1:9/pub/dos.bin");
+
+// A download of that name waiting in the queue.
+void queue(EngineFixture &f, const QString &name, bool locked = false)
+{
+    f.inactive.addnew("http://127.0.0.1:9/" + name, f.path(name), 0, 0, false, 0, false, "", "",
+                      false, locked);
+}
+
+// 39 more downloads in the queue, which then holds 40 with its template row.
+void fillQueue(EngineFixture &f)
+{
+    for (int i = 0; i < 39; ++i)
+        f.inactive.addnew("http://h/x", "/x", 0, 0, false, 0, true, "", "", false, false);
+}
 
 } // namespace
 
@@ -14,18 +33,25 @@ class TestLists : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void activeFileBytes();
-    void activeLoad_data();
-    void activeLoad();
+    void activeFile();
+    void inactiveFile();
+    void loading_data();
+    void loading();
     void limits();
-    void badAddress();
-    void inactiveFileAndLoad();
-    void inactiveTruncated();
     void pullNext();
     void inactiveCommands();
+    void quickAddPlacement_data();
+    void quickAddPlacement();
+    void typedAddresses_data();
+    void typedAddresses();
+    void quickAddQuestions();
+    void retryBudget_data();
+    void retryBudget();
+    void speeds();
+    void shutdownWhenAllDone();
 };
 
-void TestLists::activeFileBytes()
+void TestLists::activeFile()
 {
     EngineFixture f;
     QCOMPARE(f.active.addnew(Url1, "/d/uno.zip", 0, 0, false, 7, false, "", "", false), 1);
@@ -35,109 +61,21 @@ void TestLists::activeFileBytes()
     QCOMPARE(f.active.addnew(Url2, "/d/tres", 0, 0, false, 0, false, "u", "p", false), 3);
     f.active.slotAt(3).bytes = 5;
     f.active.guardar_lista_activas();
-    const QByteArray expected =
-        "http://127.0.0.1:9/uno.zip\r\n/d/uno.zip\r\n 0 \r\n 0 \r\n 7 \r\n"
-        "False\r\n\r\n\r\nFalse\r\n"
-        "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/dos.bin\r\n 3000 \r\n 1001 \r\n"
-        " 0 \r\nTrue\r\nana\r\nsecreta\r\nTrue\r\n"
-        "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/tres\r\n 0 \r\n 5 \r\n 0 \r\n"
-        "False\r\n\r\n\r\nFalse\r\n";
-    QCOMPARE(f.read("activas.dwn"), expected);
-
+    const QByteArray first = "http://127.0.0.1:9/uno.zip\r\n/d/uno.zip\r\n 0 \r\n 0 \r\n 7 \r\n"
+                             "False\r\n\r\n\r\nFalse\r\n";
+    const QByteArray second = "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/dos.bin\r\n 3000 \r\n 1001 \r\n"
+                              " 0 \r\nTrue\r\nana\r\nsecreta\r\nTrue\r\n";
+    QCOMPARE(f.read("activas.dwn"), first + second +
+                                        "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/tres\r\n 0 \r\n 5 \r\n"
+                                        " 0 \r\nFalse\r\n\r\n\r\nFalse\r\n");
     f.active.rowAt(3)->DownloadEnd();
     f.active.rowAt(3)->setFinalizado(true);
     f.active.delfile(1, false);
     QVERIFY(!f.active.existe(1));
-    QCOMPARE(f.read("activas.dwn"),
-             expected.mid(expected.indexOf("ftp://"),
-                          expected.lastIndexOf("ftp://") - expected.indexOf("ftp://")));
+    QCOMPARE(f.read("activas.dwn"), second);
 }
 
-void TestLists::activeLoad_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<int>("rows");
-    QTest::addColumn<QString>("message");
-
-    const QByteArray complete = "http://127.0.0.1:9/a\r\n/d/a\r\n 100 \r\n 100 \r\n 55 \r\n"
-                                "True\r\nuser\r\npass\r\nTrue\r\n";
-    QTest::newRow("complete record") << complete << 1 << "";
-    QTest::newRow("truncated second block")
-        << complete + "http://127.0.0.1:9/b\r\n/d/b\r\n 0 \r\n"
-        << 1 << "Error al cargar lista de activas: Se ha sobrepasado el final del archivo";
-    QTest::newRow("garbled boolean") << QByteArray("http://127.0.0.1:9/a\r\n/d/a\r\n1\r\n2\r\n3\r\n"
-                                                   "quizas\r\n\r\n\r\nFalse\r\n")
-                                     << 0 << "Error al cargar lista de activas: ";
-    QTest::newRow("binary garbage")
-        << QByteArray("\x00\xff\r\n\x01", 5) << 0 << "Error al cargar lista de activas: ";
-}
-
-void TestLists::activeLoad()
-{
-    QFETCH(QByteArray, content);
-    QFETCH(QString, message);
-    EngineFixture f;
-    f.write("activas.dwn", content);
-    f.active.load();
-    QTEST(f.active.rowCount() - 1, "rows");
-    const QStringList boxes = f.desktop.callsOf("messageBox");
-    if (message.isEmpty()) {
-        QVERIFY(boxes.isEmpty());
-        // Saved as complete: shown as ended, never connected, the saved time dropped.
-        QVERIFY(f.row(1).finalizado());
-        QCOMPARE(f.active.slotAt(1).tiempo, 0);
-        QCOMPARE(f.active.slotAt(1).usernm, QStringLiteral("user"));
-        QCOMPARE(f.active.slotAt(1).total, 100);
-        QVERIFY(f.active.slotAt(1).allowredo);
-    } else {
-        QCOMPARE(boxes.size(), 1);
-        QVERIFY2(boxes[0].startsWith("Critical|" + message), qPrintable(boxes[0]));
-        QVERIFY(boxes[0].endsWith("|Error"));
-    }
-    // Loading does not rewrite the file it reads.
-    QCOMPARE(f.read("activas.dwn"), content);
-}
-
-void TestLists::limits()
-{
-    EngineFixture f;
-    f.settings.maxdescval = 3;
-    for (const char *name : {"a", "b", "c"}) {
-        f.desktop.fileAnswers.push_back(f.path(name));
-        f.active.AgregarArrastrando(QStringLiteral("http://127.0.0.1:9/") + name);
-    }
-    // The template row counts: two run, the third waits in the queue.
-    QCOMPARE(f.active.rowCount(), 3);
-    QCOMPARE(f.inactive.rowCount(), 2);
-    QCOMPARE(f.inactive.registro(1).path, f.path("c"));
-    QCOMPARE(f.desktop.callsOf("saveFileDialog").first(), f.dir.path() + "/a|");
-
-    // A cancelled save dialog adds nothing.
-    f.active.AgregarArrastrando(QStringLiteral("http://127.0.0.1:9/d"));
-    QCOMPARE(f.inactive.rowCount(), 2);
-
-    // The queue holds 40.
-    for (int i = 2; i <= 40; ++i)
-        f.inactive.addnew("http://h/x", "/x", 0, 0, false, 0, true, "", "", false, false);
-    f.desktop.fileAnswers.push_back(f.path("e"));
-    f.active.AgregarArrastrando(QStringLiteral("http://127.0.0.1:9/e"));
-    QCOMPARE(f.desktop.callsOf("messageBox"),
-             QStringList{"Critical|Se ha alcanzado el máximo de descargas en cola."});
-}
-
-void TestLists::badAddress()
-{
-    EngineFixture f;
-    QCOMPARE(f.active.addnew("HTTPS://h/a", "/a", 0, 0, false, 0, false, "", "", false), 0);
-    QCOMPARE(f.active.addnew("http://h:80", "/a", 0, 0, false, 0, false, "", "", false), 0);
-    QCOMPARE(f.active.rowCount(), 1);
-    QCOMPARE(f.desktop.callsOf("messageBox"),
-             (QStringList{"Critical|Dirección incorrecta.",
-                          "Critical|No se ha podido agregar el archivo:\r\nhttp://h:80"}));
-    QVERIFY(!QFile::exists(f.path("activas.dwn")));
-}
-
-void TestLists::inactiveFileAndLoad()
+void TestLists::inactiveFile()
 {
     EngineFixture f;
     f.inactive.addnew(Url1, "/d/uno", 2048, 1025, true, 9, false, "ana", "  s  ", true, true);
@@ -162,31 +100,106 @@ void TestLists::inactiveFileAndLoad()
     QVERIFY(g.desktop.calls.isEmpty());
 }
 
-void TestLists::inactiveTruncated()
+void TestLists::loading_data()
+{
+    QTest::addColumn<bool>("active"); // else the inactive list
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<int>("rows");
+    QTest::addColumn<QString>("message"); // how the box begins
+
+    const QByteArray complete = "http://127.0.0.1:9/a\r\n/d/a\r\n 100 \r\n 100 \r\n 55 \r\n"
+                                "True\r\nuser\r\npass\r\nTrue\r\n";
+    const QString active = "Error al cargar lista de activas: ";
+    const QString end = "Se ha sobrepasado el final del archivo|Error";
+    QTest::newRow("complete record") << true << complete << 1 << "";
+    QTest::newRow("truncated second block")
+        << true << complete + "http://127.0.0.1:9/b\r\n/d/b\r\n 0 \r\n"
+        << 1 << active + end;
+    QTest::newRow("garbled boolean") << true
+                                     << QByteArray("http://127.0.0.1:9/a\r\n/d/a\r\n1\r\n2\r\n3\r\n"
+                                                   "quizas\r\n\r\n\r\nFalse\r\n")
+                                     << 0 << active;
+    QTest::newRow("binary garbage") << true << QByteArray("\x00\xff\r\n\x01", 5) << 0 << active;
+    QTest::newRow("inactive, truncated second block")
+        << false
+        << QByteArray("http://h/a\r\n/a\r\n 1 \r\n 1 \r\n 1 \r\nFalse\r\n\r\n\r\nFalse\r\n"
+                      "False\r\nhttp://h/b\r\n/b\r\n 1 \r\n")
+        << 1 << "Error al cargar lista de inactivas: " + end;
+}
+
+void TestLists::loading()
+{
+    QFETCH(bool, active);
+    QFETCH(QByteArray, content);
+    QFETCH(QString, message);
+    EngineFixture f;
+    f.write(active ? "activas.dwn" : "inactivas.dwn", content);
+    active ? f.active.load() : f.inactive.load();
+    QTEST((active ? f.active.rowCount() : f.inactive.rowCount()) - 1, "rows");
+    const QStringList boxes = f.desktop.callsOf("messageBox");
+    QCOMPARE(boxes.size(), message.isEmpty() ? 0 : 1);
+    if (message.isEmpty()) {
+        // Saved as complete: shown as ended, never connected, the saved time dropped.
+        const DownloadSlot &slot = f.active.slotAt(1);
+        QVERIFY(f.row(1).finalizado());
+        QCOMPARE(slot.tiempo, 0);
+        QCOMPARE(slot.usernm, QStringLiteral("user"));
+        QCOMPARE(slot.total, 100);
+        QVERIFY(slot.allowredo);
+    } else {
+        QVERIFY2(boxes[0].startsWith("Critical|" + message), qPrintable(boxes[0]));
+        QVERIFY(boxes[0].endsWith("|Error"));
+    }
+    // Loading does not rewrite the file it reads.
+    QCOMPARE(f.read(active ? "activas.dwn" : "inactivas.dwn"), content);
+}
+
+void TestLists::limits()
 {
     EngineFixture f;
-    f.write("inactivas.dwn", "http://h/a\r\n/a\r\n 1 \r\n 1 \r\n 1 \r\nFalse\r\n\r\n\r\nFalse\r\n"
-                             "False\r\nhttp://h/b\r\n/b\r\n 1 \r\n");
-    f.inactive.load();
-    QCOMPARE(f.inactive.rowCount(), 2);
+    // Refused addresses add nothing and write no file.
+    QCOMPARE(f.active.addnew("HTTPS://h/a", "/a", 0, 0, false, 0, false, "", "", false), 0);
+    QCOMPARE(f.active.addnew("http://h:80", "/a", 0, 0, false, 0, false, "", "", false), 0);
+    QCOMPARE(f.active.rowCount(), 1);
     QCOMPARE(f.desktop.callsOf("messageBox"),
-             QStringList{"Critical|Error al cargar lista de inactivas: Se ha sobrepasado el "
-                         "final del archivo|Error"});
+             (QStringList{"Critical|Dirección incorrecta.",
+                          "Critical|No se ha podido agregar el archivo:\r\nhttp://h:80"}));
+    QVERIFY(!QFile::exists(f.path("activas.dwn")));
+    f.desktop.calls.clear();
+
+    f.settings.maxdescval = 3;
+    for (const char *name : {"a", "b", "c"}) {
+        f.desktop.fileAnswers.push_back(f.path(name));
+        f.active.AgregarArrastrando(QStringLiteral("http://127.0.0.1:9/") + name);
+    }
+    // The template row counts: two run, the third waits in the queue.
+    QCOMPARE(f.active.rowCount(), 3);
+    QCOMPARE(f.inactive.rowCount(), 2);
+    QCOMPARE(f.inactive.registro(1).path, f.path("c"));
+    QCOMPARE(f.desktop.callsOf("saveFileDialog").first(), f.dir.path() + "/a|");
+
+    // A cancelled save dialog adds nothing.
+    f.active.AgregarArrastrando(QStringLiteral("http://127.0.0.1:9/d"));
+    QCOMPARE(f.inactive.rowCount(), 2);
+
+    fillQueue(f);
+    f.desktop.fileAnswers.push_back(f.path("e"));
+    f.active.AgregarArrastrando(QStringLiteral("http://127.0.0.1:9/e"));
+    QCOMPARE(f.desktop.callsOf("messageBox"),
+             QStringList{"Critical|Se ha alcanzado el máximo de descargas en cola."});
 }
 
 void TestLists::pullNext()
 {
     EngineFixture f;
-    f.inactive.addnew("http://127.0.0.1:9/a", f.path("a"), 0, 0, false, 0, false, "", "", false,
-                      true);
+    queue(f, "a", true);
     // Only locked downloads: nothing moves, the file is written all the same.
     QFile::remove(f.path("inactivas.dwn"));
     f.inactive.toactivas();
     QCOMPARE(f.active.rowCount(), 1);
     QVERIFY(QFile::exists(f.path("inactivas.dwn")));
 
-    f.inactive.addnew("http://127.0.0.1:9/b", f.path("b"), 0, 0, false, 0, false, "", "", false,
-                      false);
+    queue(f, "b");
     f.inactive.setSeleccionado(1);
     f.inactive.toactivas();
     QCOMPARE(f.active.rowCount(), 2);
@@ -197,47 +210,267 @@ void TestLists::pullNext()
     QVERIFY(f.history.lines[0].startsWith("Se continúa la descarga de " + f.path("a") + " a las "));
 }
 
+// The commands as the window gives them are tested in tst_inactivewindow; here what they leave
+// in the list file and what they ask.
 void TestLists::inactiveCommands()
 {
     EngineFixture f;
-    f.settings.maxdescval = 2;
-    f.inactive.addnew("http://127.0.0.1:9/a", f.path("nada"), 0, 0, false, 0, false, "", "", false,
-                      false);
-    f.inactive.addnew("http://127.0.0.1:9/b", f.path("b"), 0, 0, false, 0, false, "", "", false,
-                      false);
-    f.active.addnew("http://127.0.0.1:9/c", f.path("c"), 0, 0, false, 0, false, "", "", false);
-
-    // Continue with the active list full: only the message.
+    queue(f, "nada");
+    queue(f, "b");
     f.inactive.setSeleccionado(2);
-    f.inactive.CallContinue();
-    QCOMPARE(f.desktop.callsOf("messageBox"),
-             QStringList{"Critical|Ya hay activas el número máximo configurado."});
-    QCOMPARE(f.inactive.seleccionado(), 2);
-    QVERIFY(f.inactive.existe(2));
-
-    // Lock toggles and is saved.
     f.inactive.bloquear();
-    QVERIFY(f.inactive.registro(2).locked && f.inactive.rowAt(2)->locked());
     QVERIFY(f.read("inactivas.dwn").endsWith("True\r\n"));
 
-    // Cancel asks; No changes nothing, Yes removes and logs even without a file to delete.
+    // Cancelled even without a file to delete.
+    f.desktop.yesNoAnswers = {true};
     f.inactive.setSeleccionado(1);
     f.inactive.CallCancel();
-    QVERIFY(f.inactive.existe(1));
-    f.desktop.yesNoAnswers = {true};
-    f.inactive.CallCancel();
     QVERIFY(!f.inactive.existe(1));
-    QCOMPARE(f.desktop.callsOf("askYesNo").last(),
-             "¿Seguro que desea cancelar la transferencia de " + f.path("nada") + "?");
+    QCOMPARE(f.desktop.calls,
+             QStringList{"askYesNo|¿Seguro que desea cancelar la transferencia de " +
+                         f.path("nada") + "?"});
     QVERIFY(f.history.lines.last().startsWith("Cancelada la descarga de " + f.path("nada")));
+    QVERIFY(!f.read("inactivas.dwn").contains("nada"));
+}
 
-    // With room, continue moves it to the active list.
-    f.settings.maxdescval = 10;
-    f.inactive.setSeleccionado(2);
-    f.inactive.CallContinue();
-    QVERIFY(!f.inactive.existe(2));
-    QCOMPARE(f.active.slotAt(2).path, f.path("b"));
-    QCOMPARE(f.inactive.seleccionado(), 0);
+void TestLists::quickAddPlacement_data()
+{
+    QTest::addColumn<int>("running");
+    QTest::newRow("eight running: one more runs") << 8;
+    QTest::newRow("nine running: queued") << 9;
+}
+
+void TestLists::quickAddPlacement()
+{
+    QFETCH(int, running);
+    const bool runs = running < 9;
+    EngineFixture f;
+    f.settings.maxdesc = "10";
+    for (int i = 0; i < running; ++i)
+        f.active.addnew("http://127.0.0.1:9/r", f.path("r"), 0, 0, false, 0, true, "", "", false);
+    QuickAdd quick(f.active, f.inactive, f.settings, f.desktop, f.history);
+    const QString url = "ftp://127.0.0.1:9/pub/my%20file.txt";
+    QCOMPARE(quick.add(url), f.path("my file.txt"));
+    QCOMPARE(f.active.rowCount(), running + (runs ? 2 : 1));
+    QCOMPARE(f.inactive.rowCount(), runs ? 1 : 2);
+    // Logged in as anonymous.
+    const QStringList added =
+        runs ? QStringList{f.active.slotAt(running + 1).Data, f.active.slotAt(running + 1).usernm,
+                           f.active.slotAt(running + 1).passw}
+             : QStringList{f.inactive.registro(1).Data, f.inactive.registro(1).usernm,
+                           f.inactive.registro(1).passw};
+    QCOMPARE(added, QStringList({url, "anonymous", "freepwd"}));
+    QCOMPARE(f.history.lines,
+             QStringList{"\r\nDescargando " + url + " a " + f.path("my file.txt")});
+}
+
+void TestLists::typedAddresses_data()
+{
+    QTest::addColumn<bool>("prompt");       // the new-URL prompt, else the quick-add bar
+    QTest::addColumn<QString>("clipboard"); // offered by the prompt when it is an address
+    QTest::addColumn<QString>("text");      // null: the prompt is cancelled
+    QTest::addColumn<QString>("added");     // empty: nothing added, `message` shown
+    QTest::addColumn<QString>("message");
+    const auto row = [](const char *tag, bool prompt, const char *clipboard, const char *text,
+                        const char *added, const QString &message = {}) {
+        QTest::newRow(tag) << prompt << QString(clipboard) << QString(text) << QString(added)
+                           << message;
+    };
+    const QString bar = "Escriba una dirección correcta (debe empezar por http:// o ftp://)";
+    const QString asked =
+        "Debe escribir una dirección web correcta (debe empezar por http:// o ftp://)";
+    row("bar: blanks around dropped, inner ones as in a request", false, "",
+        "  http://127.0.0.1:9/mi archivo.zip \t", "http://127.0.0.1:9/mi%20archivo.zip");
+    row("bar: https", false, "", "https://127.0.0.1:9/a.iso", "https://127.0.0.1:9/a.iso");
+    row("bar: line break inside", false, "", "http://127.0.0.1:9/a\r\nb.zip", "",
+        "La dirección contiene caracteres no válidos.");
+    // The scheme is compared as typed; the message names the two original schemes only.
+    row("bar: HTTP in capitals", false, "", "HTTP://h/a", "", bar);
+    row("bar: HTTPS in capitals", false, "", "HTTPS://h/a", "", bar);
+    row("prompt: clipboard offered, dots resolved", true, "http://127.0.0.1:9/a/b",
+        "http://127.0.0.1:9/a/../c.zip", "http://127.0.0.1:9/c.zip");
+    row("prompt: https", true, "https://h/x", "https://h/x.iso", "https://h/x.iso");
+    row("prompt: other text not offered, cancelled", true, "hola", nullptr, "");
+    row("prompt: HTTP in capitals", true, "", "HTTP://h/x", "", asked);
+    row("prompt: dots above the host", true, "", "http://h/../../x", "", asked);
+}
+
+void TestLists::typedAddresses()
+{
+    QFETCH(bool, prompt);
+    QFETCH(QString, clipboard);
+    QFETCH(QString, text);
+    QFETCH(QString, added);
+    QFETCH(QString, message);
+    EngineFixture f;
+    QuickAdd quick(f.active, f.inactive, f.settings, f.desktop, f.history);
+    f.desktop.inputAnswers = {text.isNull() ? std::nullopt : std::optional(text)};
+    const QString path = prompt ? quick.newurl(clipboard) : quick.add(text);
+    QStringList calls;
+    if (prompt)
+        calls << "inputBox|Escriba aquí la dirección del archivo|" +
+                     (clipboard.contains("://") ? clipboard : QString());
+    if (!message.isEmpty())
+        calls << "messageBox|Critical|" + message;
+    QCOMPARE(f.desktop.calls, calls);
+    QCOMPARE(f.active.rowCount(), added.isEmpty() ? 1 : 2);
+    if (added.isEmpty()) {
+        QVERIFY(path.isEmpty() && f.history.lines.isEmpty());
+        return;
+    }
+    // The file name has its blanks back.
+    QCOMPARE(path, f.path(FileNameOf(added)));
+    QCOMPARE(f.active.slotAt(1).Data, added);
+    QCOMPARE(f.history.lines, QStringList{"\r\nDescargando " + added + " a " + path});
+}
+
+void TestLists::quickAddQuestions()
+{
+    EngineFixture f;
+    QuickAdd quick(f.active, f.inactive, f.settings, f.desktop, f.history);
+    // Declining the overwrite question keeps the file, the lists and the history untouched.
+    f.write("a.zip", "old");
+    QVERIFY(quick.add("http://127.0.0.1:9/a.zip").isEmpty());
+    QCOMPARE(f.read("a.zip"), QByteArray("old"));
+    QCOMPARE(f.active.rowCount(), 1);
+    f.desktop.yesNoAnswers = {true};
+    QCOMPARE(quick.add("http://127.0.0.1:9/a.zip"), f.path("a.zip"));
+    QVERIFY(!QFile::exists(f.path("a.zip")));
+    // The same address again is a second download.
+    QCOMPARE(quick.add("http://127.0.0.1:9/a.zip"), f.path("a.zip"));
+    // The prompt asks for an FTP login and keeps what the person gives.
+    f.desktop.inputAnswers = {QStringLiteral("ftp://127.0.0.1:9/pub/f.bin")};
+    f.desktop.loginAnswers = {FtpCredentials{"ana", "secreta", true}};
+    QCOMPARE(quick.newurl({}), f.path("f.bin"));
+    const DownloadSlot &slot = f.active.slotAt(3);
+    QCOMPARE(QStringList({slot.usernm, slot.passw}), QStringList({"ana", "secreta"}));
+    QVERIFY(slot.rememb);
+    QCOMPARE(f.active.rowCount(), 4);
+    const QString overwrite = "askYesNo|El archivo indicado ya existe. ¿Desea sobreescribirlo?";
+    const QString prompt = "inputBox|Escriba aquí la dirección del archivo|";
+    QCOMPARE(f.desktop.calls, QStringList({overwrite, overwrite, prompt,
+                                           "askFtpLogin|Usuario/Contraseña|anonymous|freepwd"}));
+    QCOMPARE(f.history.lines.size(), 3);
+
+    // Both lists full: each way says so in its own words; nothing is added or logged.
+    f.settings.maxdesc = "1";
+    fillQueue(f);
+    f.desktop.calls.clear();
+    f.desktop.inputAnswers = {QStringLiteral("http://127.0.0.1:9/g")};
+    QVERIFY(quick.add("http://127.0.0.1:9/b").isEmpty());
+    QVERIFY(quick.newurl({}).isEmpty());
+    QCOMPARE(f.desktop.calls,
+             QStringList({"messageBox|Critical|Ya se ha superado el máximo de descargas.", prompt,
+                          "messageBox|Critical|Ya se ha alcanzado el máximo posible de descargas "
+                          "en cola."}));
+    QCOMPARE(f.history.lines.size(), 3);
+}
+
+void TestLists::retryBudget_data()
+{
+    QTest::addColumn<int>("retries");
+    QTest::addColumn<QString>("choice");
+    QTest::addColumn<int>("delinc");
+    QTest::newRow("no retries, window") << 0 << "dialog" << 0;
+    QTest::newRow("three retries, tray, delete partial") << 3 << "sys" << 1;
+    QTest::newRow("one retry, silent") << 1 << "no" << 0;
+}
+
+void TestLists::retryBudget()
+{
+    QFETCH(int, retries);
+    QFETCH(QString, choice);
+    QFETCH(int, delinc);
+    EngineFixture f;
+    f.settings.vecesv = retries;
+    f.settings.delinc = delinc;
+    f.settings.msgdialog = choice == "dialog";
+    f.settings.msgsys = choice == "sys";
+    f.settings.msgno = choice == "no";
+    f.write("parcial", "12345");
+    const QString url = "http://127.0.0.1:9/parcial";
+    QCOMPARE(f.add(url, "parcial"), 1);
+
+    // A download survives as many losses as it has retries; the next one exhausts it.
+    for (int i = 0; i < retries; ++i) {
+        f.transfer(1).redoTick();
+        QVERIFY(f.active.existe(1));
+        QVERIFY(f.row(1).reconectando());
+        QCOMPARE(f.transfer(1).redoBudget(), retries - i - 1);
+    }
+    QVERIFY(f.desktop.calls.isEmpty());
+    f.transfer(1).redoTick();
+    QVERIFY(!f.active.existe(1));
+    QCOMPARE(f.active.rowCount(), 1);
+    QCOMPARE(QFile::exists(f.path("parcial")), delinc == 0);
+    const QString text = "Se han agotado los intentos para " + url;
+    QStringList expected;
+    if (choice == "dialog")
+        expected << "showMessageWindow|" + text + "|";
+    if (choice == "sys")
+        expected << "raiseTrayIndicator|" + text;
+    QCOMPARE(f.desktop.calls, expected);
+    QVERIFY(f.read("activas.dwn").isEmpty());
+}
+
+void TestLists::speeds()
+{
+    EngineFixture f;
+    QSignalSpy status(&f.active, &ActiveList::statusText);
+    f.active.updateTick();
+    QCOMPARE(status.last().at(1).toString(),
+             QStringLiteral("Vel. Total: 0Kb/seg||Vel. Media: 0 Kb/seg"));
+
+    for (const char *name : {"a", "b", "c"})
+        f.active.addnew(QStringLiteral("http://127.0.0.1:9/") + name, f.path(name), 0, 0, false, 0,
+                        true, "", "", false);
+    // Slot 1: 300 Kb in 2 s since this connection began; slot 2: 100.5 Kb in 1 s; slot 3 is
+    // still connecting and does not count.
+    DownloadSlot &a = f.active.slotAt(1);
+    a.bytesinicio = 1 + 1024 * 100;
+    a.bytes = a.bytesinicio + 300 * 1024;
+    a.total = a.bytes - 1 + 1024 * 1500;
+    a.tiempoinicio = 10;
+    a.tiempo = 12;
+    DownloadSlot &b = f.active.slotAt(2);
+    b.bytesinicio = 1;
+    b.bytes = 1 + 1024 * 100 + 512;
+    b.tiempo = 1;
+    f.active.slotAt(3).tiempo = 4;
+    f.active.slotAt(3).bytes = 4096;
+    f.row(1).setReconectando(false);
+    f.row(2).setReconectando(false);
+    f.active.setSeleccionado(1);
+
+    f.active.updateTick();
+    QCOMPARE(a.velocidad, 150);
+    QCOMPARE(b.velocidad, 100); // 100.5 rounds to even
+    QCOMPARE(status.last().at(0).toInt(), 2);
+    QCOMPARE(status.last().at(1).toString(),
+             QStringLiteral("Vel. Total: 250Kb/seg||Vel. Media: 83.33 Kb/seg"));
+    QCOMPARE(f.active.details().velmedia, QStringLiteral("150 Kb/seg"));
+    QCOMPARE(f.active.details().tiemporest, QStringLiteral("0:00:10"));
+
+    f.active.setSeleccionado(3);
+    f.active.updateTick();
+    QCOMPARE(f.active.details().tiemporest, QStringLiteral("*"));
+}
+
+void TestLists::shutdownWhenAllDone()
+{
+    EngineFixture f;
+    QSignalSpy requested(&f.active, &ActiveList::shutdownRequested);
+    f.active.addnew("http://127.0.0.1:9/x", f.path("x"), 0, 0, false, 0, true, "", "", false);
+    f.active.shutdownTick();
+    f.active.setApagar(true);
+    f.active.shutdownTick();
+    QVERIFY(f.desktop.calls.isEmpty());
+    f.row(1).DownloadEnd();
+    f.row(1).setFinalizado(true);
+    f.active.shutdownTick();
+    f.active.shutdownTick();
+    QCOMPARE(f.desktop.calls, QStringList{"powerOff"});
+    QCOMPARE(requested.size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestLists)

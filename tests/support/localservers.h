@@ -3,31 +3,31 @@
 #include "testauthority.h"
 
 #include <QProcess>
-#include <QString>
 #include <QTemporaryDir>
 
-// A real server started on a free loopback port over a folder, stopped when the object goes.
+// A real server on a free loopback port over a folder, stopped when the object goes.
 class LocalServer
 {
 public:
-    virtual ~LocalServer();
-
+    ~LocalServer();
     // False, with the reason in error(), when the server did not come up.
     bool start();
     QString error() const { return m_error; }
     quint16 port() const { return m_port; }
-    virtual QString url(const QString &name) const = 0;
+    QString url(const QString &name) const
+    {
+        return QStringLiteral("%1://127.0.0.1:%2/%3").arg(m_scheme).arg(m_port).arg(name);
+    }
 
 protected:
-    explicit LocalServer(QString root) : m_root(std::move(root)) {}
-    virtual void launch(QProcess &process) = 0;
+    explicit LocalServer(QString scheme);
 
-    QString m_root;
     QTemporaryDir m_work;
-    quint16 m_port = 0;
+    const quint16 m_port;
+    QString m_scheme;
+    QProcess m_process; // set up by the server, started by start()
 
 private:
-    QProcess m_process;
     QString m_error;
 };
 
@@ -36,17 +36,13 @@ class NginxServer final : public LocalServer
 {
 public:
     explicit NginxServer(const QString &root, const QString &extra = {})
-        : LocalServer(root), m_extra(extra)
+        : NginxServer(root, extra, ServerCertificate())
     {}
     // Over TLS with that certificate; its addresses are https://.
-    NginxServer(const QString &root, const ServerCertificate &tls) : LocalServer(root), m_tls(tls)
-    {}
-    QString url(const QString &name) const override;
+    NginxServer(const QString &root, const ServerCertificate &tls) : NginxServer(root, {}, tls) {}
 
 private:
-    void launch(QProcess &process) override;
-    QString m_extra;
-    ServerCertificate m_tls;
+    NginxServer(const QString &root, const QString &extra, const ServerCertificate &tls);
 };
 
 // An anonymous, read-only FTP server over the folder; sending at most `bytesPerSecond` on a
@@ -54,12 +50,5 @@ private:
 class FtpdServer final : public LocalServer
 {
 public:
-    explicit FtpdServer(const QString &root, int bytesPerSecond = 0)
-        : LocalServer(root), m_bytesPerSecond(bytesPerSecond)
-    {}
-    QString url(const QString &name) const override;
-
-private:
-    void launch(QProcess &process) override;
-    int m_bytesPerSecond;
+    explicit FtpdServer(const QString &root, int bytesPerSecond = 0);
 };

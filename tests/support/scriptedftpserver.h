@@ -1,8 +1,5 @@
 #pragma once
 
-#include <QByteArray>
-#include <QList>
-#include <QObject>
 #include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -19,24 +16,20 @@ class ScriptedFtpServer final : public QObject
 public:
     explicit ScriptedFtpServer(const QByteArray &file, QObject *parent = nullptr);
 
-    quint16 port() const { return m_control.serverPort(); }
     QString url(const QString &path) const;
     // The command lines received, each with its line end.
     const QList<QByteArray> &commands() const { return m_commands; }
-    QList<QByteArray> commandWords() const;
+    // The same without the line ends, joined by ", ".
+    QByteArray commandWords() const;
 
     // Sent on connect, a chunk at a time, a little apart.
     QList<QByteArray> greeting = {"220 Servidor de pruebas\r\n"};
-    bool refuseRest = false;
-    QByteArray requiredPassword; // when set, PASS with another password gets 530
     // The exact bytes to answer a command with; nullopt leaves it to the usual answer.
     std::function<std::optional<QList<QByteArray>>(const QByteArray &line)> answer;
 
 private:
-    void acceptControl();
     void handle(const QByteArray &line);
     void reply(const QList<QByteArray> &chunks);
-    void openPassive();
     void sendFile();
 
     QTcpServer m_control;
@@ -44,7 +37,6 @@ private:
     QPointer<QTcpSocket> m_session;
     QPointer<QTcpSocket> m_data;
     QByteArray m_file;
-    QByteArray m_pending;
     QList<QByteArray> m_commands;
     qint64 m_offset = 0;
     bool m_retrWaiting = false;

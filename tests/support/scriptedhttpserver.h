@@ -1,8 +1,6 @@
 #pragma once
 
-#include <QByteArray>
 #include <QList>
-#include <QObject>
 #include <QSslConfiguration>
 #include <QTcpServer>
 #include <functional>
@@ -17,7 +15,6 @@ struct HttpReply
     QList<QByteArray> chunks; // instead of `bytes`: sent one by one, a little apart
     int gapMs = 40;           // between two of the chunks
     int delayMs = 0;          // before anything is sent
-    bool closeAtOnce = false;
 
     static HttpReply of(QByteArray bytes)
     {
@@ -56,12 +53,9 @@ public:
                             const QByteArray &body = {});
 
 private:
-    void listen();
-    void accept();
-    void send(class QTcpSocket *socket, const HttpReply &reply);
+    void send(class QTcpSocket *socket, HttpReply reply);
 
     std::unique_ptr<QTcpServer> m_server;
-    QString m_scheme = QStringLiteral("http");
     Handler m_handler;
     QList<QByteArray> m_requests;
     int m_connections = 0;

@@ -6,15 +6,6 @@
 #include <QSslKey>
 #include <QSslSocket>
 
-namespace {
-
-// Elliptic-curve keys: made at once, where RSA keys take a while.
-const QStringList NewKey = {
-    QStringLiteral("-newkey"), QStringLiteral("ec"), QStringLiteral("-pkeyopt"),
-    QStringLiteral("ec_paramgen_curve:prime256v1"), QStringLiteral("-nodes")};
-
-} // namespace
-
 QSslConfiguration ServerCertificate::configuration() const
 {
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
@@ -26,48 +17,44 @@ QSslConfiguration ServerCertificate::configuration() const
     return configuration;
 }
 
+// Elliptic-curve keys: made at once, where RSA keys take a while. Every file is in the folder.
 TestAuthority::TestAuthority()
 {
-    openssl(QStringList{QStringLiteral("req"), QStringLiteral("-x509")} + NewKey +
-            QStringList{QStringLiteral("-keyout"), m_dir.filePath(QStringLiteral("ca.key")),
-                        QStringLiteral("-out"), certificateFile(), QStringLiteral("-days"),
-                        QStringLiteral("2"), QStringLiteral("-subj"),
-                        QStringLiteral("/CN=Autoridad de pruebas")});
+    openssl(QStringLiteral("req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes "
+                           "-keyout ca.key -out ca.pem -days 2 -subj /CN=Autoridad_de_pruebas"));
 }
 
 ServerCertificate TestAuthority::issue(const QString &name, const QString &altNames)
 {
-    const ServerCertificate made{m_dir.filePath(name + QStringLiteral(".pem")),
-                                 m_dir.filePath(name + QStringLiteral(".key"))};
-    const QString request = m_dir.filePath(name + QStringLiteral(".csr"));
-    const QString extensions = m_dir.filePath(name + QStringLiteral(".ext"));
-    QFile file(extensions);
-    if (file.open(QIODevice::WriteOnly))
-        file.write("subjectAltName=" + altNames.toUtf8() + "\n");
-    file.close();
-    const bool signedOk =
-        openssl(QStringList{QStringLiteral("req"), QStringLiteral("-new")} + NewKey +
-                QStringList{QStringLiteral("-keyout"), made.key, QStringLiteral("-out"), request,
-                            QStringLiteral("-subj"), QStringLiteral("/CN=") + name}) &&
-        openssl({QStringLiteral("x509"), QStringLiteral("-req"), QStringLiteral("-in"), request,
-                 QStringLiteral("-CA"), certificateFile(), QStringLiteral("-CAkey"),
-                 m_dir.filePath(QStringLiteral("ca.key")), QStringLiteral("-set_serial"),
-                 QString::number(++m_issued), QStringLiteral("-days"), QStringLiteral("2"),
-                 QStringLiteral("-extfile"), extensions, QStringLiteral("-out"), made.certificate});
-    return signedOk ? made : ServerCertificate();
+    QFile extensions(m_dir.filePath(name + QStringLiteral(".ext")));
+    if (extensions.open(QIODevice::WriteOnly))
+        extensions.write("subjectAltName=" + altNames.toUtf8() + "\n");
+    extensions.close();
+    const bool made =
+        openssl(QStringLiteral("req -new -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes "
+                               "-keyout %1.key -out %1.csr -subj /CN=%1")
+                    .arg(name)) &&
+        openssl(QStringLiteral("x509 -req -in %1.csr -CA ca.pem -CAkey ca.key -set_serial %2 "
+                               "-days 2 -extfile %1.ext -out %1.pem")
+                    .arg(name)
+                    .arg(++m_issued));
+    return made ? ServerCertificate{m_dir.filePath(name + QStringLiteral(".pem")),
+                                    m_dir.filePath(name + QStringLiteral(".key"))}
+                : ServerCertificate();
 }
 
-bool TestAuthority::openssl(const QStringList &arguments)
+// `arguments` separated by single blanks, none of them holding one.
+bool TestAuthority::openssl(const QString &arguments)
 {
     if (!ok())
         return false;
     QProcess process;
+    process.setWorkingDirectory(m_dir.path());
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral("openssl"), arguments);
+    process.start(QStringLiteral("openssl"), arguments.split(QLatin1Char(' ')));
     if (!process.waitForFinished(20000) || process.exitCode() != 0) {
-        m_error = QStringLiteral("openssl ") + arguments.join(QLatin1Char(' ')) +
-                  QStringLiteral(": ") + QString::fromLocal8Bit(process.readAll()) +
-                  process.errorString();
+        m_error = QStringLiteral("openssl ") + arguments + QStringLiteral(": ") +
+                  QString::fromLocal8Bit(process.readAll()) + process.errorString();
         return false;
     }
     return true;

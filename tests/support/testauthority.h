@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QSslConfiguration>
-#include <QString>
 #include <QTemporaryDir>
 
 // A server's certificate and key, as files and as a configuration for a Qt server.
@@ -29,7 +28,7 @@ public:
     ServerCertificate issue(const QString &name, const QString &altNames);
 
 private:
-    bool openssl(const QStringList &arguments);
+    bool openssl(const QString &arguments);
 
     QTemporaryDir m_dir;
     QString m_error;

@@ -2,21 +2,20 @@
 
 XServer::~XServer()
 {
-    if (m_server.state() != QProcess::NotRunning) {
-        m_server.terminate();
-        if (!m_server.waitForFinished(3000))
-            m_server.kill();
-        m_server.waitForFinished(3000);
-    }
+    if (m_server.state() == QProcess::NotRunning)
+        return;
+    m_server.terminate();
+    if (!m_server.waitForFinished(3000))
+        m_server.kill();
+    m_server.waitForFinished(3000);
 }
 
 bool XServer::start()
 {
     // -displayfd: the server picks a free display and writes its number once it accepts clients.
-    m_server.start(QStringLiteral("Xvfb"),
-                   {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                    QStringLiteral("0"), QStringLiteral("1280x800x24"), QStringLiteral("-nolisten"),
-                    QStringLiteral("tcp")});
+    m_server.start(QStringLiteral("Xvfb"), QStringLiteral("-displayfd 1 -screen 0 1280x800x24 "
+                                                          "-nolisten tcp")
+                                               .split(QLatin1Char(' ')));
     if (!m_server.waitForStarted(5000)) {
         m_error = QStringLiteral("Xvfb: ") + m_server.errorString();
         return false;
@@ -45,7 +44,5 @@ int XServer::run(const QString &program, const QStringList &arguments) const
     QProcess process;
     process.setProcessEnvironment(environment());
     process.start(program, arguments);
-    if (!process.waitForFinished(10000))
-        return -1;
-    return process.exitCode();
+    return process.waitForFinished(10000) ? process.exitCode() : -1;
 }

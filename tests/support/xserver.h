@@ -1,8 +1,6 @@
 #pragma once
 
 #include <QProcess>
-#include <QProcessEnvironment>
-#include <QString>
 
 // An X server of the test's own (Xvfb on a free display), for running the real program as a
 // person would see it; stopped when the object goes.
