@@ -67,8 +67,6 @@ private Q_SLOTS:
     void resumeAfterDrop();
     void silenceDropsOnce();
     void redirectsAcrossSchemes();
-    void finalAnswers_data();
-    void finalAnswers();
     void secureFailures_data();
     void secureFailures();
     void replyEnds_data();
@@ -197,47 +195,6 @@ void TestHttp::redirectsAcrossSchemes()
     QCOMPARE(f.read("f.bin"), Content);
 }
 
-void TestHttp::finalAnswers_data()
-{
-    QTest::addColumn<QByteArray>("reply");
-    QTest::addColumn<QString>("message"); // empty: the body is the download
-    const auto row = [](const char *tag, const char *reply, const char *message = "") {
-        QTest::newRow(tag) << QByteArray(reply) << QString(message);
-    };
-    row("301 body written", "HTTP/1.1 301 Moved\r\nContent-Length: 5\r\n\r\nmoved");
-    row("403 not singled out", "HTTP/1.1 403 Forbidden\r\nContent-Length: 5\r\n\r\nnope!");
-    row("404", "HTTP/1.1 404 Not Found\r\n\r\n", "El archivo %1 no existe.");
-    row("401", "HTTP/1.1 401 No\r\n\r\n", "Acceso denegado al archivo");
-    row("500", "HTTP/1.1 500 Mal\r\n\r\n", "Error interno del servidor %1.");
-    row("400", "HTTP/1.1 400 Mal\r\n\r\n", "Error de sintaxis en la petición");
-}
-
-void TestHttp::finalAnswers()
-{
-    QFETCH(QByteArray, reply);
-    QFETCH(QString, message);
-    EngineFixture f;
-    ScriptedHttpServer server([&](const QByteArray &, int) { return HttpReply::of(reply); });
-    const QString url = server.url("f.bin");
-    QSignalSpy failed(&f.active, &ActiveList::downloadFailed);
-    f.add(url);
-    if (message.isEmpty()) {
-        QTRY_VERIFY(f.row(1).finalizado());
-        QCOMPARE(f.read("f.bin"), reply.mid(reply.indexOf("\r\n\r\n") + 4));
-        QVERIFY(!f.active.slotAt(1).allowredo);
-        return;
-    }
-    QTRY_VERIFY(f.row(1).redoend());
-    QCOMPARE(f.desktop.callsOf("showMessageWindow"),
-             QStringList{(message.contains("%1") ? message.arg(url) : message) + "|"});
-    QCOMPARE(failed.size(), 1);
-    // Final: no retry is waiting and nothing was written.
-    QTest::qWait(50);
-    QVERIFY(!f.transfer(1).redoActive() && !f.row(1).finalizado());
-    QCOMPARE(server.requests().size(), 1);
-    QCOMPARE(f.read("f.bin"), QByteArray());
-}
-
 void TestHttp::secureFailures_data()
 {
     QTest::addColumn<QString>("server");
@@ -318,54 +275,83 @@ void TestHttp::secureFailures()
 void TestHttp::replyEnds_data()
 {
     QTest::addColumn<HttpReply>("reply");
-    QTest::addColumn<bool>("finished");           // else lost: a retry is waiting
+    // "finished", "lost" (a retry is waiting), or the message of a final failure.
+    QTest::addColumn<QString>("end");
     QTest::addColumn<QList<QByteArray>>("files"); // what the file may hold
     QTest::addColumn<qint64>("total");
-    const auto row = [](const char *tag, const HttpReply &reply, bool finished,
-                        const QList<QByteArray> &files, qint64 total = 0) {
-        QTest::newRow(tag) << reply << finished << files << total;
+    const auto row = [](const char *tag, const HttpReply &reply, const QString &end,
+                        const QList<QByteArray> &files,
+                        qint64 total = 0) { QTest::newRow(tag) << reply << end << files << total; };
+    const auto failure = [&](const char *code, const QString &message) {
+        row(code, HttpReply::of(QByteArray("HTTP/1.1 ") + code + " No\r\n\r\n"), message,
+            {QByteArray()});
     };
+    failure("404", "El archivo %1 no existe.");
+    failure("401", "Acceso denegado al archivo");
+    failure("500", "Error interno del servidor %1.");
+    failure("400", "Error de sintaxis en la petición");
+    row("301: the body is the file",
+        HttpReply::of("HTTP/1.1 301 Moved\r\nContent-Length: 5\r\n\r\nmoved"), "finished",
+        {"moved"}, 5);
+    row("403: not singled out",
+        HttpReply::of("HTTP/1.1 403 Forbidden\r\nContent-Length: 5\r\n\r\nnope!"), "finished",
+        {"nope!"}, 5);
     const QByteArray ok100 = "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n";
-    row("no length: the close ends it", ScriptedHttpServer::file(Content, "", false, false), true,
-        {Content});
-    row("three short of the length: finished", HttpReply::of(ok100 + Content.left(97)), true,
+    row("no length: the close ends it", ScriptedHttpServer::file(Content, "", false, false),
+        "finished", {Content});
+    row("three short of the length: finished", HttpReply::of(ok100 + Content.left(97)), "finished",
         {Content.left(97)}, 100);
-    row("four short: lost", HttpReply::of(ok100 + Content.left(96)), false, {Content.left(96)},
+    row("four short: lost", HttpReply::of(ok100 + Content.left(96)), "lost", {Content.left(96)},
         100);
-    row("chunked, cut anywhere", chunked(Big, {1, 7, 8192, 1024 * 1024}), true, {Big}, Big.size());
+    row("chunked, cut anywhere", chunked(Big, {1, 7, 8192, 1024 * 1024}), "finished", {Big},
+        Big.size());
     HttpReply kept = chunked(Content, {30000});
     kept.stall = true;
-    row("chunked: the last chunk ends it, open or not", kept, true, {Content}, Content.size());
-    row("chunked, closed before the last chunk", chunked(Content, {50000}, ""), false, {Content});
-    row("chunked, size line not hexadecimal", chunked(Content.left(10), {5}, "zz\r\n"), false,
+    row("chunked: the last chunk ends it, open or not", kept, "finished", {Content},
+        Content.size());
+    row("chunked, closed before the last chunk", chunked(Content, {50000}, ""), "lost", {Content});
+    row("chunked, size line not hexadecimal", chunked(Content.left(10), {5}, "zz\r\n"), "lost",
         {Content.left(10)});
     const QByteArray garbage("\x00\xff garbage \r\n\r\n", 15);
-    row("garbage is the file", HttpReply::of(garbage), true, {garbage});
+    row("garbage is the file", HttpReply::of(garbage), "finished", {garbage});
     // However the megabyte of head is cut into chunks, nothing breaks: a first chunk without
     // the blank line is written whole, like everything after it.
     const QByteArray huge = "HTTP/1.1 200 OK\r\n" +
                             QByteArray("X-Relleno: aaaaaaaaaaaaaaaa\r\n").repeated(40000) +
                             "\r\nhola";
-    row("huge head", HttpReply::of(huge), true, {"hola", huge});
-    row("closed at once", HttpReply(), true, {QByteArray()});
+    row("huge head", HttpReply::of(huge), "finished", {"hola", huge});
+    row("closed at once", HttpReply(), "finished", {QByteArray()});
     HttpReply split;
     split.chunks = {"HTTP/1.1 200 OK\r\nContent-Le", "ngth: 5\r\n\r\nhello"};
-    row("head split: each chunk as it comes", split, true,
+    row("head split: each chunk as it comes", split, "finished",
         {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nhello"});
 }
 
 void TestHttp::replyEnds()
 {
     QFETCH(HttpReply, reply);
-    QFETCH(bool, finished);
+    QFETCH(QString, end);
     QFETCH(QList<QByteArray>, files);
     EngineFixture f;
     ScriptedHttpServer server([&](const QByteArray &, int) { return reply; });
-    f.add(server.url("f.bin"));
-    QTRY_VERIFY_WITH_TIMEOUT(f.row(1).finalizado() || f.transfer(1).redoActive(), 10000);
-    QCOMPARE(f.row(1).finalizado(), finished);
+    QSignalSpy failed(&f.active, &ActiveList::downloadFailed);
+    const QString url = server.url("f.bin");
+    f.add(url);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        f.row(1).finalizado() || f.transfer(1).redoActive() || f.row(1).redoend(), 10000);
+    // A final failure waits for no retry, even a while later.
+    QTest::qWait(end == "finished" || end == "lost" ? 0 : 50);
+    QCOMPARE(f.row(1).finalizado(), end == "finished");
+    QCOMPARE(f.transfer(1).redoActive(), end == "lost");
     QTEST(f.active.slotAt(1).total, "total");
     QVERIFY(files.contains(f.read("f.bin")));
+    if (end == "finished" || end == "lost")
+        return;
+    QVERIFY(f.row(1).redoend());
+    QCOMPARE(f.desktop.callsOf("showMessageWindow"),
+             QStringList{(end.contains("%1") ? end.arg(url) : end) + "|"});
+    QCOMPARE(failed.size(), 1);
+    QCOMPARE(server.requests().size(), 1);
 }
 
 void TestHttp::realServer_data()
