@@ -310,8 +310,10 @@ void TestHttp::replyEnds_data()
     row("chunked: the last chunk ends it, open or not", kept, "finished", {Content},
         Content.size());
     row("chunked, closed before the last chunk", chunked(Content, {50000}, ""), "lost", {Content});
-    row("chunked, size line not hexadecimal", chunked(Content.left(10), {5}, "zz\r\n"), "lost",
-        {Content.left(10)});
+    // The bad framing alone ends it: the server keeps the connection open.
+    HttpReply notHex = chunked(Content.left(10), {5}, "zz\r\n");
+    notHex.stall = true;
+    row("chunked, size line not hexadecimal", notHex, "lost", {Content.left(10)});
     const QByteArray garbage("\x00\xff garbage \r\n\r\n", 15);
     row("garbage is the file", HttpReply::of(garbage), "finished", {garbage});
     // However the megabyte of head is cut into chunks, nothing breaks: a first chunk without
