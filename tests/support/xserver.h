@@ -7,9 +7,6 @@
 class XServer
 {
 public:
-    XServer() = default;
-    XServer(const XServer &) = delete;
-    XServer &operator=(const XServer &) = delete;
     ~XServer()
     {
         if (m_server.state() == QProcess::NotRunning)
