@@ -5,6 +5,7 @@
 #include "inactivelist.h"
 #include "recordinghistory.h"
 #include "settings.h"
+#include "transfer.h"
 
 #include <QFile>
 #include <QRandomGenerator>
@@ -72,5 +73,13 @@ struct EngineFixture
             file.write(bytes);
     }
 
+    // A new download of `url` into the folder, started at once; its index.
+    int add(const QString &url, const QString &name = QStringLiteral("f.bin"),
+            const QString &user = {}, const QString &password = {})
+    {
+        return active.addnew(url, path(name), 0, 0, false, 0, false, user, password, false);
+    }
+
     RowState &row(int index) { return static_cast<RowState &>(*active.rowAt(index)); }
+    Transfer &transfer(int index) { return *active.transferAt(index); }
 };

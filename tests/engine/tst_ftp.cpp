@@ -1,14 +1,13 @@
+// FTP downloads end to end against the scripted server: the commands sent, byte for byte, and
+// the file written. The stock server (pyftpdlib) is in tst_realtimers.
 #include "enginefixture.h"
 #include "scriptedftpserver.h"
-#include "transfer.h"
 
 #include <QTest>
 
 namespace {
 
 const QByteArray Content = randomBytes(150000);
-
-using Words = QList<QByteArray>;
 
 } // namespace
 
@@ -31,29 +30,24 @@ void TestFtp::commandSequence_data()
     QTest::addColumn<QString>("user");
     QTest::addColumn<int>("onDisk");
     QTest::addColumn<bool>("refuseRest");
-    QTest::addColumn<Words>("commands");
-    QTest::newRow("fresh, nested folder")
-        << "pub/tools/x.zip"
-        << "anonymous" << 0 << false
-        << Words{"USER anonymous", "PASS freepwd", "TYPE I", "CWD /pub/tools", "REST 0",
-                 "SIZE x.zip",     "REST 0",       "PASV",   "RETR x.zip"};
+    QTest::addColumn<QByteArray>("commands");
+    const auto row = [](const char *tag, const char *path, const char *user, int onDisk,
+                        bool refuseRest, const char *commands) {
+        QTest::newRow(tag) << QString(path) << QString(user) << onDisk << refuseRest
+                           << QByteArray(commands);
+    };
+    row("fresh, nested folder", "pub/tools/x.zip", "anonymous", 0, false,
+        "USER anonymous, PASS freepwd, TYPE I, CWD /pub/tools, REST 0, SIZE x.zip, REST 0, PASV, "
+        "RETR x.zip");
     // A download reloaded from a list that kept no credentials.
-    QTest::newRow("resume with no user name: anonymous")
-        << "pub/x.zip"
-        << "" << 5000 << false
-        << Words{"USER anonymous", "PASS freepwd", "TYPE I", "CWD /pub",  "REST 0",
-                 "SIZE x.zip",     "REST 5000",    "PASV",   "RETR x.zip"};
-    QTest::newRow("REST refused: whole file over the old one")
-        << "pub/x.zip"
-        << "anonymous" << 5000 << true
-        << Words{"USER anonymous", "PASS freepwd", "TYPE I", "CWD /pub",
-                 "REST 0",         "SIZE x.zip",   "PASV",   "RETR x.zip"};
-    QTest::newRow("file at the root, blank in the name")
-        << "my%20file.bin"
-        << "anonymous" << 0 << false
-        << Words{"USER anonymous",  "PASS freepwd",     "TYPE I", "CWD",
-                 "REST 0",          "SIZE my file.bin", "REST 0", "PASV",
-                 "RETR my file.bin"};
+    row("resume with no user name: anonymous", "pub/x.zip", "", 5000, false,
+        "USER anonymous, PASS freepwd, TYPE I, CWD /pub, REST 0, SIZE x.zip, REST 5000, PASV, "
+        "RETR x.zip");
+    row("REST refused: whole file over the old one", "pub/x.zip", "anonymous", 5000, true,
+        "USER anonymous, PASS freepwd, TYPE I, CWD /pub, REST 0, SIZE x.zip, PASV, RETR x.zip");
+    row("file at the root, blank in the name", "my%20file.bin", "anonymous", 0, false,
+        "USER anonymous, PASS freepwd, TYPE I, CWD, REST 0, SIZE my file.bin, REST 0, PASV, "
+        "RETR my file.bin");
 }
 
 void TestFtp::commandSequence()
@@ -64,11 +58,14 @@ void TestFtp::commandSequence()
     QFETCH(bool, refuseRest);
     EngineFixture f;
     ScriptedFtpServer server(Content);
-    server.refuseRest = refuseRest;
+    server.answer = [&](const QByteArray &line) -> std::optional<QList<QByteArray>> {
+        if (refuseRest && line.startsWith("REST"))
+            return QList<QByteArray>{"502 No implementado\r\n"};
+        return std::nullopt;
+    };
     // What is on disk already: the true start of the file, or other bytes the server overwrites.
     f.write("x.zip", refuseRest ? QByteArray(onDisk, 'x') : Content.left(onDisk));
-    f.active.addnew(server.url(path), f.path("x.zip"), 0, 0, false, 0, false, user,
-                    user.isEmpty() ? "" : "freepwd", false);
+    f.add(server.url(path), "x.zip", user, user.isEmpty() ? "" : "freepwd");
     QTRY_VERIFY(f.row(1).finalizado());
     QTEST(server.commandWords(), "commands");
     if (!path.contains('/'))
@@ -96,8 +93,7 @@ void TestFtp::greetingChunks()
     EngineFixture f;
     ScriptedFtpServer server(Content);
     server.greeting = greeting;
-    f.active.addnew(server.url("x"), f.path("x"), 0, 0, false, 0, false, "anonymous", "freepwd",
-                    false);
+    f.add(server.url("x"), "x", "anonymous", "freepwd");
     QTRY_VERIFY(server.commandWords().contains("SIZE x"));
     QTest::qWait(100);
     QTEST(int(server.commandWords().count("USER anonymous")), "users");
@@ -112,8 +108,7 @@ void TestFtp::splitReplyLost()
             return QList<QByteArray>{"213 15", "0000\r\n"};
         return std::nullopt;
     };
-    f.active.addnew(server.url("x"), f.path("x"), 0, 0, false, 0, false, "anonymous", "freepwd",
-                    false);
+    f.add(server.url("x"), "x", "anonymous", "freepwd");
     QTRY_VERIFY(server.commandWords().contains("SIZE x"));
     QTest::qWait(300);
     // Neither half is a size reply: the dialogue waits for the silence timer.
@@ -124,22 +119,25 @@ void TestFtp::splitReplyLost()
 
 void TestFtp::loginRefused()
 {
+    // Both servers take only the password "buena".
+    const auto onlyBuena = [](const QByteArray &line) -> std::optional<QList<QByteArray>> {
+        if (line.startsWith("PASS") && line != "PASS buena\r\n")
+            return QList<QByteArray>{"530 Usuario incorrecto\r\n"};
+        return std::nullopt;
+    };
     EngineFixture f;
     ScriptedFtpServer server(Content);
-    server.requiredPassword = "buena";
     ScriptedFtpServer other(Content);
-    other.requiredPassword = "buena";
+    server.answer = other.answer = onlyBuena;
     f.desktop.loginAnswers = {FtpCredentials{"ana", "buena", true}};
     // While the dialog is open a second download is refused too: it must not open another.
     f.desktop.whileAsking = [&] {
-        f.active.addnew(other.url("y"), f.path("y"), 0, 0, false, 0, false, "anonymous", "freepwd",
-                        false);
+        f.add(other.url("y"), "y", "anonymous", "freepwd");
         QTRY_VERIFY(other.commandWords().contains("PASS freepwd"));
         QTest::qWait(100);
     };
-    f.active.addnew(server.url("x"), f.path("x"), 0, 0, false, 0, false, "anonymous", "freepwd",
-                    false);
-    QTRY_VERIFY(f.active.transferAt(1)->redoActive());
+    f.add(server.url("x"), "x", "anonymous", "freepwd");
+    QTRY_VERIFY(f.transfer(1).redoActive());
     f.desktop.whileAsking = nullptr;
     QCOMPARE(f.desktop.callsOf("askFtpLogin"),
              QStringList{"Usuario incorrecto.|anonymous|freepwd"});
@@ -150,7 +148,7 @@ void TestFtp::loginRefused()
     QVERIFY(f.row(1).reconectando());
 
     // The retry logs in with the new credentials.
-    f.active.transferAt(1)->redoTick();
+    f.transfer(1).redoTick();
     QTRY_VERIFY(f.row(1).finalizado());
     QVERIFY(server.commandWords().contains("PASS buena"));
     QCOMPARE(f.read("x"), Content);

@@ -1,11 +1,30 @@
+// The two lists, their files and commands, the addresses a person types, and the timer ticks
+// called by hand. Transfers over the network are in tst_http and tst_ftp.
 #include "enginefixture.h"
+#include "quickadd.h"
+#include "urls.h"
 
+#include <QSignalSpy>
 #include <QTest>
 
 namespace {
 
 const QString Url1 = QStringLiteral("http://127.0.0.1:9/uno.zip");
 const QString Url2 = QStringLiteral("ftp://127.0.0.1:9/pub/dos.bin");
+
+// A download of that name waiting in the queue.
+void queue(EngineFixture &f, const QString &name, bool locked = false)
+{
+    f.inactive.addnew("http://127.0.0.1:9/" + name, f.path(name), 0, 0, false, 0, false, "", "",
+                      false, locked);
+}
+
+// 39 more downloads in the queue, which then holds 40 with its template row.
+void fillQueue(EngineFixture &f)
+{
+    for (int i = 0; i < 39; ++i)
+        f.inactive.addnew("http://h/x", "/x", 0, 0, false, 0, true, "", "", false, false);
+}
 
 } // namespace
 
@@ -14,93 +33,138 @@ class TestLists : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void activeFileBytes();
-    void activeLoad_data();
-    void activeLoad();
+    void listFiles();
+    void loading_data();
+    void loading();
     void limits();
-    void badAddress();
-    void inactiveFileAndLoad();
-    void inactiveTruncated();
-    void pullNext();
-    void inactiveCommands();
+    void queueMoves();
+    void typedAddresses_data();
+    void typedAddresses();
+    void quickAddQuestions();
+    void retryBudget_data();
+    void retryBudget();
+    void speeds();
+    void shutdownWhenAllDone();
 };
 
-void TestLists::activeFileBytes()
+// Both files byte for byte, and read back by a fresh program.
+void TestLists::listFiles()
 {
     EngineFixture f;
     QCOMPARE(f.active.addnew(Url1, "/d/uno.zip", 0, 0, false, 7, false, "", "", false), 1);
     QCOMPARE(
-        f.active.addnew(Url2, "/d/dos.bin", 3000, 1001, true, 0, false, "ana", "secreta", true), 2);
+        f.active.addnew(Url2, "/d/dos.bin", 3000, 1001, true, 55, false, "ana", "secreta", true),
+        2);
     // A third with credentials it was not asked to remember, then finished: not saved.
     QCOMPARE(f.active.addnew(Url2, "/d/tres", 0, 0, false, 0, false, "u", "p", false), 3);
     f.active.slotAt(3).bytes = 5;
     f.active.guardar_lista_activas();
-    const QByteArray expected =
-        "http://127.0.0.1:9/uno.zip\r\n/d/uno.zip\r\n 0 \r\n 0 \r\n 7 \r\n"
-        "False\r\n\r\n\r\nFalse\r\n"
-        "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/dos.bin\r\n 3000 \r\n 1001 \r\n"
-        " 0 \r\nTrue\r\nana\r\nsecreta\r\nTrue\r\n"
-        "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/tres\r\n 0 \r\n 5 \r\n 0 \r\n"
-        "False\r\n\r\n\r\nFalse\r\n";
-    QCOMPARE(f.read("activas.dwn"), expected);
-
+    const QByteArray dos = "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/dos.bin\r\n 3000 \r\n 1001 \r\n"
+                           " 55 \r\nTrue\r\nana\r\nsecreta\r\nTrue\r\n";
+    QCOMPARE(f.read("activas.dwn"),
+             "http://127.0.0.1:9/uno.zip\r\n/d/uno.zip\r\n 0 \r\n 0 \r\n 7 \r\nFalse\r\n\r\n\r\n"
+             "False\r\n" +
+                 dos +
+                 "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/tres\r\n 0 \r\n 5 \r\n 0 \r\nFalse\r\n\r\n"
+                 "\r\nFalse\r\n");
     f.active.rowAt(3)->DownloadEnd();
     f.active.rowAt(3)->setFinalizado(true);
     f.active.delfile(1, false);
     QVERIFY(!f.active.existe(1));
-    QCOMPARE(f.read("activas.dwn"),
-             expected.mid(expected.indexOf("ftp://"),
-                          expected.lastIndexOf("ftp://") - expected.indexOf("ftp://")));
+    QCOMPARE(f.read("activas.dwn"), dos);
+
+    f.inactive.addnew(Url1, "/d/uno", 2048, 1025, true, 9, false, "ana", "  s  ", true, true);
+    f.inactive.addnew(Url2, "/d/dos", 0, 1024, false, 0, false, "ana", "s", false, false);
+    const QByteArray inactive = "http://127.0.0.1:9/uno.zip\r\n/d/uno\r\n 2048 \r\n 1025 \r\n"
+                                " 9 \r\nTrue\r\nana\r\n  s  \r\nTrue\r\nTrue\r\n"
+                                "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/dos\r\n 0 \r\n 1024 \r\n"
+                                " 0 \r\nFalse\r\n\r\n\r\nFalse\r\nFalse\r\n";
+    QCOMPARE(f.read("inactivas.dwn"), inactive);
+    QCOMPARE(f.inactive.rowAt(1)->bytes(), QStringLiteral("1 Kb"));
+    QCOMPARE(f.inactive.rowAt(1)->porcentaje(), 50);
+    QCOMPARE(f.inactive.rowAt(2)->bytes(), QStringLiteral("1024 bytes"));
+
+    // The same, complete, as a program ended at the wrong moment leaves it.
+    EngineFixture g;
+    const QByteArray complete = QByteArray(dos).replace(" 1001 ", " 3000 ");
+    g.write("activas.dwn", complete);
+    g.write("inactivas.dwn", inactive);
+    g.active.load();
+    g.inactive.load();
+    QVERIFY(g.desktop.calls.isEmpty());
+    // Saved as complete: shown as ended, never connected, the saved time dropped.
+    const DownloadSlot &slot = g.active.slotAt(1);
+    QCOMPARE(g.active.rowCount(), 2);
+    QVERIFY(g.row(1).finalizado());
+    QCOMPARE(QStringList({slot.Data, slot.usernm, slot.passw}),
+             QStringList({Url2, "ana", "secreta"}));
+    QCOMPARE(QList<qint64>({slot.total, slot.bytes, slot.tiempo}), QList<qint64>({3000, 3000, 0}));
+    QVERIFY(slot.allowredo && slot.rememb);
+    QCOMPARE(g.inactive.rowCount(), 3);
+    // The blanks around the password are lost; the second kept no credentials.
+    QCOMPARE(g.inactive.registro(1).passw, QStringLiteral("s"));
+    QVERIFY(g.inactive.registro(1).locked && g.inactive.rowAt(1)->locked());
+    QCOMPARE(g.inactive.registro(2).usernm, QString());
+    // Loading does not rewrite the files it reads.
+    QCOMPARE(g.read("activas.dwn") + g.read("inactivas.dwn"), complete + inactive);
 }
 
-void TestLists::activeLoad_data()
+void TestLists::loading_data()
 {
+    QTest::addColumn<bool>("active"); // else the inactive list
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<int>("rows");
-    QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("message"); // how the box begins
 
-    const QByteArray complete = "http://127.0.0.1:9/a\r\n/d/a\r\n 100 \r\n 100 \r\n 55 \r\n"
-                                "True\r\nuser\r\npass\r\nTrue\r\n";
-    QTest::newRow("complete record") << complete << 1 << "";
+    const QString active = "Error al cargar lista de activas: ";
+    const QString end = "Se ha sobrepasado el final del archivo|Error";
     QTest::newRow("truncated second block")
-        << complete + "http://127.0.0.1:9/b\r\n/d/b\r\n 0 \r\n"
-        << 1 << "Error al cargar lista de activas: Se ha sobrepasado el final del archivo";
-    QTest::newRow("garbled boolean") << QByteArray("http://127.0.0.1:9/a\r\n/d/a\r\n1\r\n2\r\n3\r\n"
+        << true
+        << QByteArray("http://127.0.0.1:9/a\r\n/d/a\r\n 100 \r\n 100 \r\n 55 \r\nTrue\r\nuser\r\n"
+                      "pass\r\nTrue\r\nhttp://127.0.0.1:9/b\r\n/d/b\r\n 0 \r\n")
+        << 1 << active + end;
+    QTest::newRow("garbled boolean") << true
+                                     << QByteArray("http://127.0.0.1:9/a\r\n/d/a\r\n1\r\n2\r\n3\r\n"
                                                    "quizas\r\n\r\n\r\nFalse\r\n")
-                                     << 0 << "Error al cargar lista de activas: ";
-    QTest::newRow("binary garbage")
-        << QByteArray("\x00\xff\r\n\x01", 5) << 0 << "Error al cargar lista de activas: ";
+                                     << 0 << active;
+    QTest::newRow("binary garbage") << true << QByteArray("\x00\xff\r\n\x01", 5) << 0 << active;
+    QTest::newRow("inactive, truncated second block")
+        << false
+        << QByteArray("http://h/a\r\n/a\r\n 1 \r\n 1 \r\n 1 \r\nFalse\r\n\r\n\r\nFalse\r\n"
+                      "False\r\nhttp://h/b\r\n/b\r\n 1 \r\n")
+        << 1 << "Error al cargar lista de inactivas: " + end;
 }
 
-void TestLists::activeLoad()
+// A file that cannot be read whole: what was read before the fault stays, one box says so.
+void TestLists::loading()
 {
+    QFETCH(bool, active);
     QFETCH(QByteArray, content);
     QFETCH(QString, message);
     EngineFixture f;
-    f.write("activas.dwn", content);
-    f.active.load();
-    QTEST(f.active.rowCount() - 1, "rows");
+    f.write(active ? "activas.dwn" : "inactivas.dwn", content);
+    active ? f.active.load() : f.inactive.load();
+    QTEST((active ? f.active.rowCount() : f.inactive.rowCount()) - 1, "rows");
     const QStringList boxes = f.desktop.callsOf("messageBox");
-    if (message.isEmpty()) {
-        QVERIFY(boxes.isEmpty());
-        // Saved as complete: shown as ended, never connected, the saved time dropped.
-        QVERIFY(f.row(1).finalizado());
-        QCOMPARE(f.active.slotAt(1).tiempo, 0);
-        QCOMPARE(f.active.slotAt(1).usernm, QStringLiteral("user"));
-        QCOMPARE(f.active.slotAt(1).total, 100);
-        QVERIFY(f.active.slotAt(1).allowredo);
-    } else {
-        QCOMPARE(boxes.size(), 1);
-        QVERIFY2(boxes[0].startsWith("Critical|" + message), qPrintable(boxes[0]));
-        QVERIFY(boxes[0].endsWith("|Error"));
-    }
-    // Loading does not rewrite the file it reads.
-    QCOMPARE(f.read("activas.dwn"), content);
+    QCOMPARE(boxes.size(), 1);
+    QVERIFY2(boxes[0].startsWith("Critical|" + message), qPrintable(boxes[0]));
+    QVERIFY(boxes[0].endsWith("|Error"));
+    QCOMPARE(f.read(active ? "activas.dwn" : "inactivas.dwn"), content);
 }
 
 void TestLists::limits()
 {
     EngineFixture f;
+    // Refused addresses add nothing and write no file.
+    QCOMPARE(f.active.addnew("HTTPS://h/a", "/a", 0, 0, false, 0, false, "", "", false), 0);
+    QCOMPARE(f.active.addnew("http://h:80", "/a", 0, 0, false, 0, false, "", "", false), 0);
+    QCOMPARE(f.active.rowCount(), 1);
+    QCOMPARE(f.desktop.callsOf("messageBox"),
+             (QStringList{"Critical|Dirección incorrecta.",
+                          "Critical|No se ha podido agregar el archivo:\r\nhttp://h:80"}));
+    QVERIFY(!QFile::exists(f.path("activas.dwn")));
+    f.desktop.calls.clear();
+
     f.settings.maxdescval = 3;
     for (const char *name : {"a", "b", "c"}) {
         f.desktop.fileAnswers.push_back(f.path(name));
@@ -110,83 +174,30 @@ void TestLists::limits()
     QCOMPARE(f.active.rowCount(), 3);
     QCOMPARE(f.inactive.rowCount(), 2);
     QCOMPARE(f.inactive.registro(1).path, f.path("c"));
-    QCOMPARE(f.desktop.callsOf("saveFileDialog").first(), f.dir.path() + "/a|");
 
     // A cancelled save dialog adds nothing.
     f.active.AgregarArrastrando(QStringLiteral("http://127.0.0.1:9/d"));
     QCOMPARE(f.inactive.rowCount(), 2);
 
-    // The queue holds 40.
-    for (int i = 2; i <= 40; ++i)
-        f.inactive.addnew("http://h/x", "/x", 0, 0, false, 0, true, "", "", false, false);
+    fillQueue(f);
     f.desktop.fileAnswers.push_back(f.path("e"));
     f.active.AgregarArrastrando(QStringLiteral("http://127.0.0.1:9/e"));
     QCOMPARE(f.desktop.callsOf("messageBox"),
              QStringList{"Critical|Se ha alcanzado el máximo de descargas en cola."});
 }
 
-void TestLists::badAddress()
+// The queue's own moves, and what its commands (pressed in the window tests) leave in its file.
+void TestLists::queueMoves()
 {
     EngineFixture f;
-    QCOMPARE(f.active.addnew("HTTPS://h/a", "/a", 0, 0, false, 0, false, "", "", false), 0);
-    QCOMPARE(f.active.addnew("http://h:80", "/a", 0, 0, false, 0, false, "", "", false), 0);
-    QCOMPARE(f.active.rowCount(), 1);
-    QCOMPARE(f.desktop.callsOf("messageBox"),
-             (QStringList{"Critical|Dirección incorrecta.",
-                          "Critical|No se ha podido agregar el archivo:\r\nhttp://h:80"}));
-    QVERIFY(!QFile::exists(f.path("activas.dwn")));
-}
-
-void TestLists::inactiveFileAndLoad()
-{
-    EngineFixture f;
-    f.inactive.addnew(Url1, "/d/uno", 2048, 1025, true, 9, false, "ana", "  s  ", true, true);
-    f.inactive.addnew(Url2, "/d/dos", 0, 1024, false, 0, false, "ana", "s", false, false);
-    const QByteArray expected = "http://127.0.0.1:9/uno.zip\r\n/d/uno\r\n 2048 \r\n 1025 \r\n"
-                                " 9 \r\nTrue\r\nana\r\n  s  \r\nTrue\r\nTrue\r\n"
-                                "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/dos\r\n 0 \r\n 1024 \r\n"
-                                " 0 \r\nFalse\r\n\r\n\r\nFalse\r\nFalse\r\n";
-    QCOMPARE(f.read("inactivas.dwn"), expected);
-    QCOMPARE(f.inactive.rowAt(1)->bytes(), QStringLiteral("1 Kb"));
-    QCOMPARE(f.inactive.rowAt(1)->porcentaje(), 50);
-    QCOMPARE(f.inactive.rowAt(2)->bytes(), QStringLiteral("1024 bytes"));
-
-    EngineFixture g;
-    g.write("inactivas.dwn", expected);
-    g.inactive.load();
-    QCOMPARE(g.inactive.rowCount(), 3);
-    // The blanks around the password are lost; the second kept no credentials.
-    QCOMPARE(g.inactive.registro(1).passw, QStringLiteral("s"));
-    QVERIFY(g.inactive.registro(1).locked && g.inactive.rowAt(1)->locked());
-    QCOMPARE(g.inactive.registro(2).usernm, QString());
-    QVERIFY(g.desktop.calls.isEmpty());
-}
-
-void TestLists::inactiveTruncated()
-{
-    EngineFixture f;
-    f.write("inactivas.dwn", "http://h/a\r\n/a\r\n 1 \r\n 1 \r\n 1 \r\nFalse\r\n\r\n\r\nFalse\r\n"
-                             "False\r\nhttp://h/b\r\n/b\r\n 1 \r\n");
-    f.inactive.load();
-    QCOMPARE(f.inactive.rowCount(), 2);
-    QCOMPARE(f.desktop.callsOf("messageBox"),
-             QStringList{"Critical|Error al cargar lista de inactivas: Se ha sobrepasado el "
-                         "final del archivo|Error"});
-}
-
-void TestLists::pullNext()
-{
-    EngineFixture f;
-    f.inactive.addnew("http://127.0.0.1:9/a", f.path("a"), 0, 0, false, 0, false, "", "", false,
-                      true);
-    // Only locked downloads: nothing moves, the file is written all the same.
+    queue(f, "a", true);
+    // Only locked downloads: nothing moves, the file (with the lock) is written all the same.
     QFile::remove(f.path("inactivas.dwn"));
     f.inactive.toactivas();
     QCOMPARE(f.active.rowCount(), 1);
-    QVERIFY(QFile::exists(f.path("inactivas.dwn")));
+    QVERIFY(f.read("inactivas.dwn").endsWith("True\r\n"));
 
-    f.inactive.addnew("http://127.0.0.1:9/b", f.path("b"), 0, 0, false, 0, false, "", "", false,
-                      false);
+    queue(f, "b");
     f.inactive.setSeleccionado(1);
     f.inactive.toactivas();
     QCOMPARE(f.active.rowCount(), 2);
@@ -195,49 +206,245 @@ void TestLists::pullNext()
     // The line names the selected download, not the one that moved.
     QCOMPARE(f.history.lines.size(), 1);
     QVERIFY(f.history.lines[0].startsWith("Se continúa la descarga de " + f.path("a") + " a las "));
-}
 
-void TestLists::inactiveCommands()
-{
-    EngineFixture f;
-    f.settings.maxdescval = 2;
-    f.inactive.addnew("http://127.0.0.1:9/a", f.path("nada"), 0, 0, false, 0, false, "", "", false,
-                      false);
-    f.inactive.addnew("http://127.0.0.1:9/b", f.path("b"), 0, 0, false, 0, false, "", "", false,
-                      false);
-    f.active.addnew("http://127.0.0.1:9/c", f.path("c"), 0, 0, false, 0, false, "", "", false);
-
-    // Continue with the active list full: only the message.
-    f.inactive.setSeleccionado(2);
-    f.inactive.CallContinue();
-    QCOMPARE(f.desktop.callsOf("messageBox"),
-             QStringList{"Critical|Ya hay activas el número máximo configurado."});
-    QCOMPARE(f.inactive.seleccionado(), 2);
-    QVERIFY(f.inactive.existe(2));
-
-    // Lock toggles and is saved.
-    f.inactive.bloquear();
-    QVERIFY(f.inactive.registro(2).locked && f.inactive.rowAt(2)->locked());
-    QVERIFY(f.read("inactivas.dwn").endsWith("True\r\n"));
-
-    // Cancel asks; No changes nothing, Yes removes and logs even without a file to delete.
+    // Unlocked and saved so; cancelled even without a file to delete.
     f.inactive.setSeleccionado(1);
-    f.inactive.CallCancel();
-    QVERIFY(f.inactive.existe(1));
+    f.inactive.bloquear();
+    QVERIFY(f.read("inactivas.dwn").endsWith("False\r\n"));
     f.desktop.yesNoAnswers = {true};
     f.inactive.CallCancel();
     QVERIFY(!f.inactive.existe(1));
-    QCOMPARE(f.desktop.callsOf("askYesNo").last(),
-             "¿Seguro que desea cancelar la transferencia de " + f.path("nada") + "?");
-    QVERIFY(f.history.lines.last().startsWith("Cancelada la descarga de " + f.path("nada")));
+    QVERIFY(f.history.lines.last().startsWith("Cancelada la descarga de " + f.path("a")));
+    QCOMPARE(f.read("inactivas.dwn"), QByteArray());
+}
 
-    // With room, continue moves it to the active list.
-    f.settings.maxdescval = 10;
-    f.inactive.setSeleccionado(2);
-    f.inactive.CallContinue();
-    QVERIFY(!f.inactive.existe(2));
-    QCOMPARE(f.active.slotAt(2).path, f.path("b"));
-    QCOMPARE(f.inactive.seleccionado(), 0);
+void TestLists::typedAddresses_data()
+{
+    QTest::addColumn<bool>("prompt");       // the new-URL prompt, else the quick-add bar
+    QTest::addColumn<QString>("clipboard"); // offered by the prompt when it is an address
+    QTest::addColumn<QString>("text");      // null: the prompt is cancelled
+    QTest::addColumn<QString>("added");     // empty: nothing added, `message` shown
+    QTest::addColumn<QString>("message");
+    const auto row = [](const char *tag, bool prompt, const char *clipboard, const char *text,
+                        const char *added, const QString &message = {}) {
+        QTest::newRow(tag) << prompt << QString(clipboard) << QString(text) << QString(added)
+                           << message;
+    };
+    const QString bar = "Escriba una dirección correcta (debe empezar por http:// o ftp://)";
+    const QString asked =
+        "Debe escribir una dirección web correcta (debe empezar por http:// o ftp://)";
+    row("bar: blanks around dropped, inner ones as in a request", false, "",
+        "  http://127.0.0.1:9/mi archivo.zip \t", "http://127.0.0.1:9/mi%20archivo.zip");
+    row("bar: https", false, "", "https://127.0.0.1:9/a.iso", "https://127.0.0.1:9/a.iso");
+    row("bar: line break inside", false, "", "http://127.0.0.1:9/a\r\nb.zip", "",
+        "La dirección contiene caracteres no válidos.");
+    // The scheme is compared as typed; the message names the two original schemes only.
+    row("bar: HTTP in capitals", false, "", "HTTP://h/a", "", bar);
+    row("bar: HTTPS in capitals", false, "", "HTTPS://h/a", "", bar);
+    row("prompt: clipboard offered, dots resolved", true, "http://127.0.0.1:9/a/b",
+        "http://127.0.0.1:9/a/../c.zip", "http://127.0.0.1:9/c.zip");
+    row("prompt: https", true, "https://h/x", "https://h/x.iso", "https://h/x.iso");
+    row("prompt: other text not offered, cancelled", true, "hola", nullptr, "");
+    row("prompt: HTTP in capitals", true, "", "HTTP://h/x", "", asked);
+    row("prompt: dots above the host", true, "", "http://h/../../x", "", asked);
+}
+
+void TestLists::typedAddresses()
+{
+    QFETCH(bool, prompt);
+    QFETCH(QString, clipboard);
+    QFETCH(QString, text);
+    QFETCH(QString, added);
+    QFETCH(QString, message);
+    EngineFixture f;
+    QuickAdd quick(f.active, f.inactive, f.settings, f.desktop, f.history);
+    f.desktop.inputAnswers = {text.isNull() ? std::nullopt : std::optional(text)};
+    const QString path = prompt ? quick.newurl(clipboard) : quick.add(text);
+    QStringList calls;
+    if (prompt)
+        calls << "inputBox|Escriba aquí la dirección del archivo|" +
+                     (clipboard.contains("://") ? clipboard : QString());
+    if (!message.isEmpty())
+        calls << "messageBox|Critical|" + message;
+    QCOMPARE(f.desktop.calls, calls);
+    QCOMPARE(f.active.rowCount(), added.isEmpty() ? 1 : 2);
+    if (added.isEmpty()) {
+        QVERIFY(path.isEmpty() && f.history.lines.isEmpty());
+        return;
+    }
+    // The file name has its blanks back.
+    QCOMPARE(path, f.path(FileNameOf(added)));
+    QCOMPARE(f.active.slotAt(1).Data, added);
+    QCOMPARE(f.history.lines, QStringList{"\r\nDescargando " + added + " a " + path});
+}
+
+void TestLists::quickAddQuestions()
+{
+    EngineFixture f;
+    QuickAdd quick(f.active, f.inactive, f.settings, f.desktop, f.history);
+    // Declining the overwrite question keeps the file, the lists and the history untouched.
+    f.write("a.zip", "old");
+    QVERIFY(quick.add("http://127.0.0.1:9/a.zip").isEmpty());
+    QCOMPARE(f.read("a.zip"), QByteArray("old"));
+    QCOMPARE(f.active.rowCount(), 1);
+    f.desktop.yesNoAnswers = {true};
+    QCOMPARE(quick.add("http://127.0.0.1:9/a.zip"), f.path("a.zip"));
+    QVERIFY(!QFile::exists(f.path("a.zip")));
+    // The same address again is a second download.
+    QCOMPARE(quick.add("http://127.0.0.1:9/a.zip"), f.path("a.zip"));
+    // The prompt asks for an FTP login and keeps what the person gives.
+    f.desktop.inputAnswers = {QStringLiteral("ftp://127.0.0.1:9/pub/f.bin")};
+    f.desktop.loginAnswers = {FtpCredentials{"ana", "secreta", true}};
+    QCOMPARE(quick.newurl({}), f.path("f.bin"));
+    const DownloadSlot &login = f.active.slotAt(3);
+    QCOMPARE(QStringList({login.usernm, login.passw}), QStringList({"ana", "secreta"}));
+    QVERIFY(login.rememb);
+    const QString overwrite = "askYesNo|El archivo indicado ya existe. ¿Desea sobreescribirlo?";
+    const QString prompt = "inputBox|Escriba aquí la dirección del archivo|";
+    QCOMPARE(f.desktop.calls, QStringList({overwrite, overwrite, prompt,
+                                           "askFtpLogin|Usuario/Contraseña|anonymous|freepwd"}));
+
+    // Room for four (the template row counts): one more runs, the next waits in the queue;
+    // the bar logs in to FTP as anonymous.
+    f.settings.maxdesc = "5";
+    QCOMPARE(quick.add("ftp://127.0.0.1:9/pub/my%20file.txt"), f.path("my file.txt"));
+    QCOMPARE(quick.add("ftp://127.0.0.1:9/pub/b.txt"), f.path("b.txt"));
+    QCOMPARE(f.active.rowCount(), 5);
+    const DownloadSlot &runs = f.active.slotAt(4);
+    const ListRecord &queued = f.inactive.registro(1);
+    QCOMPARE(
+        QStringList({runs.Data, runs.usernm, runs.passw, queued.Data, queued.usernm, queued.passw}),
+        QStringList({"ftp://127.0.0.1:9/pub/my%20file.txt", "anonymous", "freepwd",
+                     "ftp://127.0.0.1:9/pub/b.txt", "anonymous", "freepwd"}));
+    const auto line = [&](const QString &url, const QString &name) -> QString {
+        return "\r\nDescargando " + url + " a " + f.path(name);
+    };
+    const QStringList lines{line("http://127.0.0.1:9/a.zip", "a.zip"),
+                            line("http://127.0.0.1:9/a.zip", "a.zip"),
+                            line("ftp://127.0.0.1:9/pub/f.bin", "f.bin"),
+                            line("ftp://127.0.0.1:9/pub/my%20file.txt", "my file.txt"),
+                            line("ftp://127.0.0.1:9/pub/b.txt", "b.txt")};
+    QCOMPARE(f.history.lines, lines);
+
+    // Both lists full: each way says so in its own words; nothing is added or logged.
+    f.settings.maxdesc = "1";
+    fillQueue(f);
+    f.desktop.calls.clear();
+    f.desktop.inputAnswers = {QStringLiteral("http://127.0.0.1:9/g")};
+    QVERIFY(quick.add("http://127.0.0.1:9/c").isEmpty());
+    QVERIFY(quick.newurl({}).isEmpty());
+    QCOMPARE(f.desktop.calls,
+             QStringList({"messageBox|Critical|Ya se ha superado el máximo de descargas.", prompt,
+                          "messageBox|Critical|Ya se ha alcanzado el máximo posible de descargas "
+                          "en cola."}));
+    QCOMPARE(f.history.lines, lines);
+}
+
+void TestLists::retryBudget_data()
+{
+    QTest::addColumn<int>("retries");
+    QTest::addColumn<QString>("choice");
+    QTest::addColumn<int>("delinc");
+    QTest::newRow("no retries, window") << 0 << "dialog" << 0;
+    QTest::newRow("three retries, tray, delete partial") << 3 << "sys" << 1;
+    QTest::newRow("one retry, silent") << 1 << "no" << 0;
+}
+
+void TestLists::retryBudget()
+{
+    QFETCH(int, retries);
+    QFETCH(QString, choice);
+    QFETCH(int, delinc);
+    EngineFixture f;
+    f.settings.vecesv = retries;
+    f.settings.delinc = delinc;
+    f.settings.msgdialog = choice == "dialog";
+    f.settings.msgsys = choice == "sys";
+    f.settings.msgno = choice == "no";
+    f.write("parcial", "12345");
+    const QString url = "http://127.0.0.1:9/parcial";
+    QCOMPARE(f.add(url, "parcial"), 1);
+
+    // A download survives as many losses as it has retries; the next one exhausts it.
+    for (int i = 0; i < retries; ++i) {
+        f.transfer(1).redoTick();
+        QVERIFY(f.active.existe(1));
+        QVERIFY(f.row(1).reconectando());
+        QCOMPARE(f.transfer(1).redoBudget(), retries - i - 1);
+    }
+    QVERIFY(f.desktop.calls.isEmpty());
+    f.transfer(1).redoTick();
+    QVERIFY(!f.active.existe(1));
+    QCOMPARE(f.active.rowCount(), 1);
+    QCOMPARE(QFile::exists(f.path("parcial")), delinc == 0);
+    const QString text = "Se han agotado los intentos para " + url;
+    QStringList expected;
+    if (choice == "dialog")
+        expected << "showMessageWindow|" + text + "|";
+    if (choice == "sys")
+        expected << "raiseTrayIndicator|" + text;
+    QCOMPARE(f.desktop.calls, expected);
+    QVERIFY(f.read("activas.dwn").isEmpty());
+}
+
+void TestLists::speeds()
+{
+    EngineFixture f;
+    QSignalSpy status(&f.active, &ActiveList::statusText);
+    f.active.updateTick();
+    QCOMPARE(status.last().at(1).toString(),
+             QStringLiteral("Vel. Total: 0Kb/seg||Vel. Media: 0 Kb/seg"));
+
+    for (const char *name : {"a", "b", "c"})
+        f.active.addnew(QStringLiteral("http://127.0.0.1:9/") + name, f.path(name), 0, 0, false, 0,
+                        true, "", "", false);
+    // Slot 1: 300 Kb in 2 s since this connection began; slot 2: 100.5 Kb in 1 s; slot 3 is
+    // still connecting and does not count.
+    DownloadSlot &a = f.active.slotAt(1);
+    a.bytesinicio = 1 + 1024 * 100;
+    a.bytes = a.bytesinicio + 300 * 1024;
+    a.total = a.bytes - 1 + 1024 * 1500;
+    a.tiempoinicio = 10;
+    a.tiempo = 12;
+    DownloadSlot &b = f.active.slotAt(2);
+    b.bytesinicio = 1;
+    b.bytes = 1 + 1024 * 100 + 512;
+    b.tiempo = 1;
+    f.active.slotAt(3).tiempo = 4;
+    f.active.slotAt(3).bytes = 4096;
+    f.row(1).setReconectando(false);
+    f.row(2).setReconectando(false);
+    f.active.setSeleccionado(1);
+
+    f.active.updateTick();
+    QCOMPARE(a.velocidad, 150);
+    QCOMPARE(b.velocidad, 100); // 100.5 rounds to even
+    QCOMPARE(status.last().at(0).toInt(), 2);
+    QCOMPARE(status.last().at(1).toString(),
+             QStringLiteral("Vel. Total: 250Kb/seg||Vel. Media: 83.33 Kb/seg"));
+    QCOMPARE(f.active.details().velmedia, QStringLiteral("150 Kb/seg"));
+    QCOMPARE(f.active.details().tiemporest, QStringLiteral("0:00:10"));
+
+    f.active.setSeleccionado(3);
+    f.active.updateTick();
+    QCOMPARE(f.active.details().tiemporest, QStringLiteral("*"));
+}
+
+void TestLists::shutdownWhenAllDone()
+{
+    EngineFixture f;
+    QSignalSpy requested(&f.active, &ActiveList::shutdownRequested);
+    f.active.addnew("http://127.0.0.1:9/x", f.path("x"), 0, 0, false, 0, true, "", "", false);
+    f.active.shutdownTick();
+    f.active.setApagar(true);
+    f.active.shutdownTick();
+    QVERIFY(f.desktop.calls.isEmpty());
+    f.row(1).DownloadEnd();
+    f.row(1).setFinalizado(true);
+    f.active.shutdownTick();
+    f.active.shutdownTick();
+    QCOMPARE(f.desktop.calls, QStringList{"powerOff"});
+    QCOMPARE(requested.size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TestLists)

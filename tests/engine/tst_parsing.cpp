@@ -1,175 +1,200 @@
-// The pure pieces of the engine, from tables: addresses, HTTP heads and chunk framing, FTP
-// replies. What the transfers make of them is tested end to end in tst_http and tst_ftp.
+// The pure pieces of the engine: addresses, HTTP heads and chunk framing, FTP replies, the text
+// files and the texts shown. What the transfers make of them is tested end to end in tst_http
+// and tst_ftp, the list files byte for byte in tst_lists.
 #include "chunkeddecoder.h"
 #include "failure.h"
 #include "fakedesktop.h"
 #include "ftpreply.h"
 #include "httpresponse.h"
+#include "textfile.h"
+#include "texts.h"
 #include "urls.h"
 
+#include <QTemporaryDir>
 #include <QTest>
+
+namespace {
+
+QString orFailure(const std::function<QString()> &piece)
+{
+    try {
+        return piece();
+    } catch (const Failure &) {
+        return QStringLiteral("Failure");
+    }
+}
+
+QString joined(const QStringList &parts)
+{
+    return parts.join(QStringLiteral(" | "));
+}
+
+// Every value a reader gives until its end, then what one more read gives.
+template <typename Read> QString allRead(const QByteArray &content, Read read)
+{
+    TextFileReader reader(content);
+    QStringList values;
+    while (!reader.atEnd())
+        values.append((reader.*read)());
+    return joined(values << orFailure([&] { return (reader.*read)(); }));
+}
+
+// Each piece as a function of one text, giving its results as one text.
+const QHash<QString, std::function<QString(const QByteArray &)>> Pieces{
+    // Host (and any message shown), port, path, file name.
+    {"address",
+     [](const QByteArray &text) {
+         const QString url = QString::fromUtf8(text);
+         FakeDesktop desktop;
+         const QString host = HostOf(url, desktop);
+         return joined({host + desktop.callsOf("messageBox").join(QString()),
+                        orFailure([&] { return QString::number(PortOf(url)); }), PathOf(url),
+                        FileNameOf(url)});
+     }},
+    {"dots", [](const QByteArray &url) { return ResolveDots(QString::fromUtf8(url)); }},
+    // Code, length, payload, location, chunked; "data" when it is not a head at all.
+    {"head",
+     [](const QByteArray &chunk) {
+         return !Http::isHead(chunk)
+                    ? QStringLiteral("data")
+                    : joined({QString::number(Http::statusCode(chunk)),
+                              QString::number(Http::contentLength(chunk)),
+                              chunk.mid(Http::bodyStart(chunk)), Http::location(chunk),
+                              Http::isChunked(chunk) ? QStringLiteral("chunked") : QString()});
+     }},
+    {"request", [](const QByteArray &start) { return Http::request("", "h", start.toLongLong()); }},
+    {"ftp code",
+     [](const QByteArray &chunk) { return QString::number(Ftp::replyCode(Ftp::lastLine(chunk))); }},
+    {"ftp size", [](const QByteArray &line) { return QString::number(Ftp::sizeOf(line)); }},
+    {"passive",
+     [](const QByteArray &line) -> QString {
+         const Ftp::Endpoint endpoint = Ftp::passiveEndpoint(line);
+         return endpoint.host + ':' + QString::number(endpoint.port);
+     }},
+    {"fields", [](const QByteArray &text) { return allRead(text, &TextFileReader::readField); }},
+    {"lines", [](const QByteArray &text) { return allRead(text, &TextFileReader::readLine); }},
+    {"boolean",
+     [](const QByteArray &text) {
+         return toBoolean(QString::fromUtf8(text)) ? QStringLiteral("yes") : QStringLiteral("no");
+     }},
+    // As the transfer shows it, as the inactive list does.
+    {"size",
+     [](const QByteArray &bytes) {
+         return joined({sizeText(bytes.toLongLong(), SizeUnits::FromThreshold),
+                        sizeText(bytes.toLongLong(), SizeUnits::AboveThreshold)});
+     }},
+    {"elapsed", [](const QByteArray &seconds) { return elapsedText(seconds.toLongLong()); }},
+    {"extension", [](const QByteArray &name) { return ExtensionOf(QString::fromUtf8(name)); }},
+};
+
+} // namespace
 
 class TestParsing : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void addressParts_data();
-    void addressParts();
-    void resolveDots_data();
-    void resolveDots();
-    void heads_data();
-    void heads();
+    void initTestCase() { QLocale::setDefault(QLocale::c()); }
+    void pieces_data();
+    void pieces();
     void chunked_data();
     void chunked();
-    void ftpReplies_data();
-    void ftpReplies();
-    void passive_data();
-    void passive();
-    void beyond2GiB();
-    void extension();
+    void fileWriter();
 };
 
-void TestParsing::addressParts_data()
+void TestParsing::pieces_data()
 {
-    QTest::addColumn<QString>("url");
-    QTest::addColumn<QString>("host"); // "ERROR": refused with "Dirección incorrecta."
-    QTest::addColumn<int>("port");     // -1: PortOf fails
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("name");
-
-    QTest::newRow("port and folders") << "http://host:8080/dir/f.zip"
-                                      << "host" << 8080 << "dir/f.zip"
-                                      << "f.zip";
-    QTest::newRow("root slash") << "http://host/"
-                                << "host" << 80 << ""
-                                << "index.html";
-    QTest::newRow("no slash after host") << "http://host"
-                                         << "host" << 80 << ""
-                                         << "host";
-    QTest::newRow("ftp, only %20 decoded") << "ftp://host/pub/my%20file%41.txt"
-                                           << "host" << 21 << "pub/my%20file%41.txt"
-                                           << "my file%41.txt";
-    QTest::newRow("colon in path cuts host") << "http://h/a:b/c.zip"
-                                             << "h/a" << 0 << "a:b/c.zip"
-                                             << "c.zip";
-    QTest::newRow("https") << "https://host/d/f.zip"
-                           << "host" << 443 << "d/f.zip"
-                           << "f.zip";
-    QTest::newRow("https with port") << "https://host:8443/f.zip"
-                                     << "host" << 8443 << "f.zip"
-                                     << "f.zip";
-    QTest::newRow("port without slash") << "http://host:8080"
-                                        << "host" << -1 << ""
-                                        << "host:8080";
-    QTest::newRow("port out of range") << "ftp://h:70000/x"
-                                       << "h" << -1 << "x"
-                                       << "x";
-    QTest::newRow("scheme in capitals") << "HTTPS://host/f.zip"
-                                        << "ERROR" << 80 << "f.zip"
-                                        << "f.zip";
-    QTest::newRow("empty") << ""
-                           << "ERROR" << 80 << ""
-                           << "index.html";
+    QTest::addColumn<QString>("piece");
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QString>("result"); // "Failure" when the piece throws
+    const auto row = [](const char *piece, const QByteArray &text, const QString &result) {
+        QTest::addRow(
+            "%s %s", piece,
+            QByteArray(text).replace("\r", "\\r").replace("\n", "\\n").left(60).constData())
+            << QString(piece) << text << result;
+    };
+    const QString refused = "ERROR" + QString("Critical|Dirección incorrecta.");
+    row("address", "http://host:8080/dir/f.zip", "host | 8080 | dir/f.zip | f.zip");
+    row("address", "http://host/", "host | 80 |  | index.html");
+    row("address", "http://host", "host | 80 |  | host");
+    row("address", "ftp://host/pub/my%20file%41.txt", // only %20 is decoded
+        "host | 21 | pub/my%20file%41.txt | my file%41.txt");
+    row("address", "http://h/a:b/c.zip", "h/a | 0 | a:b/c.zip | c.zip"); // the colon cuts
+    row("address", "https://host/d/f.zip", "host | 443 | d/f.zip | f.zip");
+    row("address", "https://host:8443/f.zip", "host | 8443 | f.zip | f.zip");
+    row("address", "http://host:8080", "host | Failure |  | host:8080");
+    row("address", "ftp://h:70000/x", "h | Failure | x | x");
+    row("address", "HTTPS://host/f.zip", refused + " | 80 | f.zip | f.zip");
+    row("address", "", refused + " | 80 |  | index.html");
+    row("dots", "http://h/a/b/../c.zip", "http://h/a/c.zip");
+    row("dots", "https://h/./a/../b", "https://h/./b");
+    row("dots", "ftp://h/a/b/../../c", "ftp://h/c");
+    row("dots", "h/a/../b", "h/b");
+    row("dots", "http://h/../x", "Failure");
+    row("dots", "http://h" + QByteArray("/a").repeated(256), "Failure"); // 257 segments
+    row("head", "HTTP/1.1 206 Partial\r\ncontent-LENGTH:  42 \r\n\r\nabc", "206 | 42 | abc |  | ");
+    row("head", "HTTP/1.0 200 OK\nContent-Length: 3\n\nxyz", "200 | 3 | xyz |  | ");
+    // A head without its blank line is all payload.
+    row("head", "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n",
+        "200 | -1 | HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n |  | ");
+    row("head", "HTTP/1.1 302 Found\nLocation: https://b/d.zip\n\n",
+        "302 | -1 |  | https://b/d.zip | ");
+    row("head", "HTTP/1.1 302 Found\r\nlocation: http://b/\r\n\r\n", "302 | -1 |  |  | ");
+    row("head", "HTTP/1.1 200 OK\r\nTRANSFER-encoding:  Chunked \r\n\r\n5\r\n",
+        "200 | -1 | 5\r\n |  | chunked");
+    row("head", "HTTP/1.1 200 OK\r\nTransfer-Encoding: gzip, chunked\r\n\r\n",
+        "200 | -1 |  |  | chunked");
+    row("head", "HTTP/1.1 200 OK\r\n\r\nTransfer-Encoding: chunked\r\n\r\n",
+        "200 | -1 | Transfer-Encoding: chunked\r\n\r\n |  | ");
+    row("head", "http/1.1 404 x\r\n\r\n", "data");
+    row("head", "HTTP/1.1", "0 | -1 | HTTP/1.1 |  | ");
+    // A header value needs a line end after it.
+    row("head", "HTTP/1.1 200 OK\r\nContent-Length: 4", "Failure");
+    row("request", "5000000000",
+        "GET / HTTP/1.1\r\nUser-Agent: Corvane\r\nHost: h\r\nConnection: close\r\n"
+        "Range: bytes=5000000000-\r\n\r\n");
+    row("ftp code", "331 Pass\r\n230 Ok\r\n", "230");
+    row("ftp code", "250 Ok\r\n350 Rest", "250");
+    row("ftp code", "hola\r\n", "0");
+    // The character after each carriage return is taken for its line feed, whatever it is.
+    row("ftp code", "150 a\r226 b\r", "26");
+    row("ftp size", "213 5000000000\r", "5000000000");
+    row("passive", "227 Entering Passive Mode (192,168,1,2,19,137).\r", "192.168.1.2:5001");
+    row("passive", "227 ok (127, 0, 0, 1, 200, 1)\r", "127.0.0.1:51201");
+    row("passive", "227 ok\r", "Failure");
+    row("passive", "227 (1,2,3,4,5)\r", "Failure");
+    // Reading past the end fails.
+    row("fields", "12,5\r\n7\r\n", "12 | 5 | 7 | Failure");
+    row("fields", "\"a, b\" \r\nx\r\n", "a, b | x | Failure");
+    row("fields", "a\nb", "a | b | Failure");
+    row("fields", "1\r\nTrue", "1 | True | Failure");
+    row("lines", "  C:\\a, b  \r\n\r\nlast", "  C:\\a, b   |  | last | Failure");
+    row("lines", "http://h/\xc3\xb1.zip\r\n-3 \r\n", "http://h/ñ.zip | -3  | Failure");
+    row("boolean", "True", "yes");
+    row("boolean", "false", "no");
+    row("boolean", "-1", "yes");
+    row("boolean", "0", "no");
+    row("boolean", "Tru", "Failure");
+    row("boolean", "", "Failure");
+    row("size", "1023", "1023 bytes | 1023 bytes");
+    row("size", "1024", "1 Kb | 1024 bytes");
+    row("size", "1536", "1.5 Kb | 1.5 Kb");
+    row("size", "1048576", "1 Mb | 1024 Kb");
+    row("size", "5368709120", "5120 Mb | 5120 Mb");
+    row("size", "1062207", "1.01 Mb | 1.01 Mb");
+    row("elapsed", "0", "0:00:00");
+    row("elapsed", "3725", "1:02:05");
+    row("elapsed", "108000", "30:00:00");
+    row("extension", "a.tar.gz", "gz");
+    row("extension", "README", "");
 }
 
-void TestParsing::addressParts()
+void TestParsing::pieces()
 {
-    QFETCH(QString, url);
-    QFETCH(QString, host);
-    QFETCH(int, port);
-    FakeDesktop desktop;
-    QCOMPARE(HostOf(url, desktop), host);
-    QCOMPARE(desktop.calls, host == HostError
-                                ? QStringList{"messageBox|Critical|Dirección incorrecta."}
-                                : QStringList());
-    if (port < 0)
-        QVERIFY_THROWS_EXCEPTION(Failure, PortOf(url));
-    else
-        QCOMPARE(int(PortOf(url)), port);
-    QTEST(PathOf(url), "path");
-    QTEST(FileNameOf(url), "name");
-}
-
-void TestParsing::resolveDots_data()
-{
-    QTest::addColumn<QString>("url");
-    QTest::addColumn<QString>("resolved"); // empty: the routine fails
-    QTest::newRow("one up") << "http://h/a/b/../c.zip"
-                            << "http://h/a/c.zip";
-    QTest::newRow("https, dot kept") << "https://h/./a/../b"
-                                     << "https://h/./b";
-    QTest::newRow("two up") << "ftp://h/a/b/../../c"
-                            << "ftp://h/c";
-    QTest::newRow("no scheme") << "h/a/../b"
-                               << "h/b";
-    QTest::newRow("above the host") << "http://h/../x"
-                                    << "";
-    QTest::newRow("257 segments") << "http://h" + QString("/a").repeated(256) << "";
-}
-
-void TestParsing::resolveDots()
-{
-    QFETCH(QString, url);
-    QFETCH(QString, resolved);
-    if (resolved.isEmpty())
-        QVERIFY_THROWS_EXCEPTION(Failure, ResolveDots(url));
-    else
-        QCOMPARE(ResolveDots(url), resolved);
-}
-
-void TestParsing::heads_data()
-{
-    QTest::addColumn<QByteArray>("chunk");
-    QTest::addColumn<int>("code"); // -1: not a head, all payload
-    QTest::addColumn<qint64>("length");
-    QTest::addColumn<QByteArray>("payload");
-    QTest::addColumn<QString>("location");
-    QTest::addColumn<bool>("chunked");
-
-    QTest::newRow("206, length in any case")
-        << QByteArray("HTTP/1.1 206 Partial\r\ncontent-LENGTH:  42 \r\n\r\nabc") << 206
-        << qint64(42) << QByteArray("abc") << "" << false;
-    QTest::newRow("LF LF only") << QByteArray("HTTP/1.0 200 OK\nContent-Length: 3\n\nxyz") << 200
-                                << qint64(3) << QByteArray("xyz") << "" << false;
-    QTest::newRow("head without blank line is all payload")
-        << QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n") << 200 << qint64(-1)
-        << QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n") << "" << false;
-    QTest::newRow("302 last line ended by LF LF")
-        << QByteArray("HTTP/1.1 302 Found\nLocation: https://b/d.zip\n\n") << 302 << qint64(-1)
-        << QByteArray() << "https://b/d.zip" << false;
-    QTest::newRow("lower-case location is not one")
-        << QByteArray("HTTP/1.1 302 Found\r\nlocation: http://b/\r\n\r\n") << 302 << qint64(-1)
-        << QByteArray() << "" << false;
-    QTest::newRow("chunked in any case")
-        << QByteArray("HTTP/1.1 200 OK\r\nTRANSFER-encoding:  Chunked \r\n\r\n5\r\n") << 200
-        << qint64(-1) << QByteArray("5\r\n") << "" << true;
-    QTest::newRow("chunked after another coding")
-        << QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: gzip, chunked\r\n\r\n") << 200
-        << qint64(-1) << QByteArray() << "" << true;
-    QTest::newRow("chunked only in the body")
-        << QByteArray("HTTP/1.1 200 OK\r\n\r\nTransfer-Encoding: chunked\r\n\r\n") << 200
-        << qint64(-1) << QByteArray("Transfer-Encoding: chunked\r\n\r\n") << "" << false;
-    QTest::newRow("lower-case scheme is data")
-        << QByteArray("http/1.1 404 x\r\n\r\n") << -1 << qint64(-1) << QByteArray() << "" << false;
-    QTest::newRow("short garbage head")
-        << QByteArray("HTTP/1.1") << 0 << qint64(-1) << QByteArray("HTTP/1.1") << "" << false;
-}
-
-void TestParsing::heads()
-{
-    QFETCH(QByteArray, chunk);
-    QFETCH(int, code);
-    QCOMPARE(Http::isHead(chunk), code >= 0);
-    if (code < 0)
-        return;
-    QCOMPARE(Http::statusCode(chunk), code);
-    QTEST(Http::contentLength(chunk), "length");
-    QTEST(chunk.mid(Http::bodyStart(chunk)), "payload");
-    QTEST(Http::location(chunk), "location");
-    QTEST(Http::isChunked(chunk), "chunked");
-    // A header value needs a line end after it; without one the chunk cannot be taken apart.
-    QVERIFY_THROWS_EXCEPTION(Failure, Http::contentLength("HTTP/1.1 200 OK\r\nContent-Length: 4"));
+    QFETCH(QString, piece);
+    QFETCH(QByteArray, text);
+    QVERIFY(Pieces.contains(piece));
+    QTEST(orFailure([&] { return Pieces[piece](text); }), "result");
 }
 
 void TestParsing::chunked_data()
@@ -177,26 +202,22 @@ void TestParsing::chunked_data()
     QTest::addColumn<QByteArray>("framed");
     QTest::addColumn<QByteArray>("payload");
     QTest::addColumn<QString>("end"); // "finished", "failed", or "open" for more to come
-
-    QTest::newRow("sizes 1, 7 and 10, trailers")
-        << QByteArray("1\r\na\r\n7\r\nbcdefgh\r\nA\r\n0123456789\r\n0\r\nX-Suma: 1\r\n\r\n")
-        << QByteArray("abcdefgh0123456789") << "finished";
-    QTest::newRow("extension, blank and leading zeros")
-        << QByteArray("3;nombre=valor\r\nabc\r\n003 \r\ndef\r\n000\r\n") << QByteArray("abcdef")
-        << "finished";
-    QTest::newRow("bare LF line ends")
-        << QByteArray("3\nabc\n0\n\n") << QByteArray("abc") << "finished";
-    QTest::newRow("bytes after the last chunk ignored")
-        << QByteArray("1\r\na\r\n0\r\n\r\nHTTP/1.1 200 OK\r\n") << QByteArray("a") << "finished";
-    QTest::newRow("closed before the last chunk")
-        << QByteArray("3\r\nabc\r\n4\r\nde") << QByteArray("abcde") << "open";
-    QTest::newRow("size not hexadecimal")
-        << QByteArray("3\r\nabc\r\nzz\r\n") << QByteArray("abc") << "failed";
-    QTest::newRow("size absurdly large")
-        << QByteArray("1FFFFFFFFFFFFFFFF\r\nabc") << QByteArray() << "failed";
-    QTest::newRow("chunk longer than its size")
-        << QByteArray("3\r\nabcd1\r\nx\r\n0\r\n\r\n") << QByteArray("abc") << "failed";
-    QTest::newRow("empty size line") << QByteArray("\r\nabc") << QByteArray() << "failed";
+    const auto row = [](const char *tag, const char *framed, const char *payload, const char *end) {
+        QTest::newRow(tag) << QByteArray(framed) << QByteArray(payload) << QString(end);
+    };
+    row("sizes 1, 7 and 10, trailers",
+        "1\r\na\r\n7\r\nbcdefgh\r\nA\r\n0123456789\r\n0\r\nX-Suma: 1\r\n\r\n", "abcdefgh0123456789",
+        "finished");
+    row("extension, blank and leading zeros", "3;nombre=valor\r\nabc\r\n003 \r\ndef\r\n000\r\n",
+        "abcdef", "finished");
+    row("bare LF line ends", "3\nabc\n0\n\n", "abc", "finished");
+    row("bytes after the last chunk ignored", "1\r\na\r\n0\r\n\r\nHTTP/1.1 200 OK\r\n", "a",
+        "finished");
+    row("closed before the last chunk", "3\r\nabc\r\n4\r\nde", "abcde", "open");
+    row("size not hexadecimal", "3\r\nabc\r\nzz\r\n", "abc", "failed");
+    row("size absurdly large", "1FFFFFFFFFFFFFFFF\r\nabc", "", "failed");
+    row("chunk longer than its size", "3\r\nabcd1\r\nx\r\n0\r\n\r\n", "abc", "failed");
+    row("empty size line", "\r\nabc", "", "failed");
 }
 
 void TestParsing::chunked()
@@ -222,59 +243,24 @@ void TestParsing::chunked()
     }
 }
 
-void TestParsing::ftpReplies_data()
+void TestParsing::fileWriter()
 {
-    QTest::addColumn<QByteArray>("chunk");
-    QTest::addColumn<int>("code");
-    QTest::newRow("last line wins") << QByteArray("331 Pass\r\n230 Ok\r\n") << 230;
-    QTest::newRow("text after last CR dropped") << QByteArray("250 Ok\r\n350 Rest") << 250;
-    QTest::newRow("no digits") << QByteArray("hola\r\n") << 0;
-    // The character after each carriage return is taken for its line feed, whatever it is.
-    QTest::newRow("bare CR eats a character") << QByteArray("150 a\r226 b\r") << 26;
-}
-
-void TestParsing::ftpReplies()
-{
-    QFETCH(QByteArray, chunk);
-    QTEST(Ftp::replyCode(Ftp::lastLine(chunk)), "code");
-}
-
-void TestParsing::passive_data()
-{
-    QTest::addColumn<QByteArray>("line");
-    QTest::addColumn<QString>("host");
-    QTest::addColumn<int>("port"); // -1: no address
-    QTest::newRow("usual") << QByteArray("227 Entering Passive Mode (192,168,1,2,19,137).\r")
-                           << "192.168.1.2" << 5001;
-    QTest::newRow("blanks") << QByteArray("227 ok (127, 0, 0, 1, 200, 1)\r") << "127.0.0.1"
-                            << 51201;
-    QTest::newRow("no parentheses") << QByteArray("227 ok\r") << "" << -1;
-    QTest::newRow("five numbers") << QByteArray("227 (1,2,3,4,5)\r") << "" << -1;
-}
-
-void TestParsing::passive()
-{
-    QFETCH(QByteArray, line);
-    QFETCH(int, port);
-    if (port < 0) {
-        QVERIFY_THROWS_EXCEPTION(Failure, Ftp::passiveEndpoint(line));
-        return;
-    }
-    const Ftp::Endpoint endpoint = Ftp::passiveEndpoint(line);
-    QTEST(endpoint.host, "host");
-    QCOMPARE(int(endpoint.port), port);
-}
-
-void TestParsing::beyond2GiB()
-{
-    QVERIFY(Http::request("", "h", 5000000000).endsWith("Range: bytes=5000000000-\r\n\r\n"));
-    QCOMPARE(Ftp::sizeOf("213 5000000000\r"), qint64(5000000000));
-}
-
-void TestParsing::extension()
-{
-    QCOMPARE(ExtensionOf("a.tar.gz"), QStringLiteral("gz"));
-    QCOMPARE(ExtensionOf("README"), QString());
+    TextFileWriter writer;
+    writer.line(QStringLiteral("http://h/ñ.zip"));
+    writer.number(-3);
+    QCOMPARE(writer.bytes(), QByteArray("http://h/\xc3\xb1.zip\r\n-3 \r\n"));
+    // A longer old file is replaced whole.
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("lista.dwn"));
+    QFile old(path);
+    QVERIFY(old.open(QIODevice::WriteOnly));
+    old.write("a much longer old content that must not survive\r\n");
+    old.close();
+    writer.commit(path);
+    QVERIFY(old.open(QIODevice::ReadOnly));
+    QCOMPARE(old.readAll(), writer.bytes());
+    QVERIFY_THROWS_EXCEPTION(Failure, writer.commit(dir.filePath(QStringLiteral("no/such/f"))));
+    QVERIFY_THROWS_EXCEPTION(Failure, TextFileReader::open(dir.filePath(QStringLiteral("nada"))));
 }
 
 QTEST_GUILESS_MAIN(TestParsing)

@@ -4,6 +4,7 @@
 
 #include <QStringList>
 #include <deque>
+#include <functional>
 
 // A desktop that records every call as one text ("messageBox|Critical|text") and answers
 // questions from queues; an empty queue answers No / cancel.
@@ -19,24 +20,86 @@ public:
     // Runs inside a modal question, as the person thinks; events keep arriving meanwhile.
     std::function<void()> whileAsking;
 
-    QStringList callsOf(const QString &kind) const;
+    // The calls of one kind, without the kind.
+    QStringList callsOf(const QString &kind) const
+    {
+        QStringList found;
+        for (const QString &call : calls) {
+            if (call.startsWith(kind + QLatin1Char('|')))
+                found.append(call.mid(kind.size() + 1));
+        }
+        return found;
+    }
 
-    void messageBox(const QString &text, Icon icon, const QString &title) override;
-    bool askYesNo(const QString &text) override;
+    void messageBox(const QString &text, Icon icon, const QString &title) override
+    {
+        static const QStringList icons{"Critical", "Question", "Exclamation", "Information"};
+        note({"messageBox", icons.at(int(icon)), text}, title);
+    }
+    bool askYesNo(const QString &text) override
+    {
+        note({"askYesNo", text});
+        if (whileAsking)
+            whileAsking();
+        return take(yesNoAnswers, false);
+    }
     std::optional<QString> inputBox(const QString &prompt, const QString &initial,
-                                    const QString &title) override;
-    QString openFileDialog(const QString &initial, const QString &filter) override;
-    QString saveFileDialog(const QString &initial, const QString &filter) override;
-    QString chooseFolder(const QString &initial) override;
-    FtpCredentials askFtpLogin(const QString &caption, const FtpCredentials &initial) override;
-    void playSound(const QString &path) override;
-    void showMessageWindow(const QString &text, const QString &imagePath) override;
-    void raiseTrayIndicator(const QString &text) override;
-    void openFile(const QString &path) override;
-    void openUrl(const QString &url) override;
-    void startProgram(const QString &commandLine) override;
-    void powerOff() override;
+                                    const QString &title) override
+    {
+        note({"inputBox", prompt, initial}, title);
+        const bool answered = !inputAnswers.empty() && inputAnswers.front();
+        const QString text = answered ? *inputAnswers.front() : QString();
+        if (!inputAnswers.empty())
+            inputAnswers.pop_front();
+        return answered ? std::optional(text) : std::nullopt;
+    }
+    QString openFileDialog(const QString &initial, const QString &filter) override
+    {
+        note({"openFileDialog", initial, filter});
+        return take(fileAnswers, QString());
+    }
+    QString saveFileDialog(const QString &initial, const QString &filter) override
+    {
+        note({"saveFileDialog", initial, filter});
+        return take(fileAnswers, QString());
+    }
+    QString chooseFolder(const QString &initial) override
+    {
+        note({"chooseFolder", initial});
+        return take(fileAnswers, QString());
+    }
+    FtpCredentials askFtpLogin(const QString &caption, const FtpCredentials &initial) override
+    {
+        note({"askFtpLogin", caption, initial.usernm, initial.passw});
+        if (whileAsking)
+            whileAsking();
+        return take(loginAnswers, initial);
+    }
+    void playSound(const QString &path) override { note({"playSound", path}); }
+    void showMessageWindow(const QString &text, const QString &imagePath) override
+    {
+        note({"showMessageWindow", text, imagePath});
+    }
+    void raiseTrayIndicator(const QString &text) override { note({"raiseTrayIndicator", text}); }
+    void openFile(const QString &path) override { note({"openFile", path}); }
+    void openUrl(const QString &url) override { note({"openUrl", url}); }
+    void startProgram(const QString &commandLine) override { note({"startProgram", commandLine}); }
+    void powerOff() override { note({"powerOff"}); }
 
 private:
-    QString nextFile();
+    // A title is written only when there is one.
+    void note(QStringList parts, const QString &title = {})
+    {
+        if (!title.isEmpty())
+            parts.append(title);
+        calls.append(parts.join(QLatin1Char('|')));
+    }
+    template <typename T> static T take(std::deque<T> &queue, T none)
+    {
+        if (queue.empty())
+            return none;
+        T next = std::move(queue.front());
+        queue.pop_front();
+        return next;
+    }
 };
