@@ -341,22 +341,42 @@ def corvane_ini(defdir, maxdesc, histrut):
 
 # --------------------------------------------------------------------------- runs
 
-def close_when_done(time_proc, paths, sizes):
-    """The program with windows does not end by itself: once every file has its full size, it
-    is asked to close (SIGTERM, handled as the main window's close: lists saved, then exit)."""
-    while time_proc.poll() is None:
-        try:
-            if all(os.path.getsize(p) >= n for p, n in zip(paths, sizes)):
+class TransferClock(threading.Thread):
+    """Watches the destination files: when the first byte of the run reached the disk and when
+    the last did, so that a client's start-up and exit are not counted as transfer time. The
+    program with windows does not end by itself: once every file is whole it is asked to close
+    (SIGTERM, handled as the main window's close: lists saved, then exit)."""
+    def __init__(self, time_proc, paths, sizes, close):
+        super().__init__(daemon=True)
+        self.time_proc, self.paths, self.sizes, self.close = time_proc, paths, sizes, close
+        self.first = self.last = None
+
+    def run(self):
+        while self.time_proc.poll() is None:
+            have = []
+            for p in self.paths:
+                try:
+                    have.append(os.path.getsize(p))
+                except OSError:
+                    have.append(0)
+            now = time.perf_counter()
+            if self.first is None and any(have):
+                self.first = now
+            if all(h >= n for h, n in zip(have, self.sizes)):
+                self.last = now
                 break
-        except OSError:
-            pass
-        time.sleep(0.02)
-    try:
-        with open(f"/proc/{time_proc.pid}/task/{time_proc.pid}/children") as f:
-            for pid in f.read().split():
-                os.kill(int(pid), signal.SIGTERM)
-    except (OSError, ValueError):
-        pass
+            time.sleep(0.002)
+        if self.close and self.last is not None:
+            try:
+                with open(f"/proc/{self.time_proc.pid}/task/{self.time_proc.pid}/children") as f:
+                    for pid in f.read().split():
+                        os.kill(int(pid), signal.SIGTERM)
+            except (OSError, ValueError):
+                pass
+
+    def seconds(self):
+        return self.last - self.first if self.first is not None and self.last is not None \
+            and self.last > self.first else None
 
 
 class XDisplay:
@@ -483,11 +503,10 @@ class Runner:
                                          stderr=subprocess.STDOUT, start_new_session=True)
                         for c, rf in zip(cmds, rss_files)]
         watchdog.start()
-        if client == "corvane-gui":
-            threading.Thread(target=close_when_done, daemon=True,
-                             args=(self.running[0], [os.path.join(self.dest, n) for _, _, n in jobs],
-                                   [os.path.getsize(os.path.join(self.args.data, r))
-                                    for _, r, _ in jobs])).start()
+        clock = TransferClock(self.running[0], [os.path.join(self.dest, n) for _, _, n in jobs],
+                              [os.path.getsize(os.path.join(self.args.data, r)) for _, r, _ in jobs],
+                              close=client == "corvane-gui")
+        clock.start()
         cpu = 0.0
         minflt = 0
         rss_sum = 0
@@ -508,6 +527,7 @@ class Runner:
                 cpu += ru.ru_utime + ru.ru_stime
                 minflt += ru.ru_minflt
             wall = time.perf_counter() - t0
+            clock.join(timeout=5)
             servers_cpu = sum(process_cpu_s(p) for p in server_pids) - servers0
             other = machine_busy_s() - busy0 - cpu - servers_cpu - (own_cpu_s() - own0)
         except BaseException:
@@ -543,6 +563,7 @@ class Runner:
             "round": round_no, "scenario": scenario, "client": client,
             "ok": problem is None, "problem": problem, "bytes": total,
             "wall_s": wall, "mb_s": total / 1e6 / wall,
+            "transfer_mb_s": total / 1e6 / clock.seconds() if clock.seconds() else None,
             "cpu_s": cpu, "cpu_s_per_gib": cpu / (total / GIB),
             "rss_mib": rss_kib / 1024, "processes": len(cmds),
             "minor_faults": minflt,
@@ -591,7 +612,7 @@ def spread(values, digits=0):
 def ratio_table(rs, rounds, mine_name, base_name, title):
     """MB/s and CPU seconds of one client against another, round by round (runs seconds apart
     see the same load), with the medians."""
-    speed, cpu, cells_s, cells_c = [], [], [], []
+    speed, cpu, moving, cells_s, cells_c, cells_t = [], [], [], [], [], []
     for rn in range(1, rounds + 1):
         mine = next((r for r in rs if r["client"] == mine_name and r["round"] == rn), None)
         base = next((r for r in rs if r["client"] == base_name and r["round"] == rn), None)
@@ -600,6 +621,7 @@ def ratio_table(rs, rounds, mine_name, base_name, title):
         if not (mine["ok"] and base["ok"]):
             cells_s.append("FAILED")
             cells_c.append("FAILED")
+            cells_t.append("FAILED")
             continue
         s = mine["mb_s"] / base["mb_s"]
         c = mine["cpu_s"] / base["cpu_s"] if base["cpu_s"] > 0 else None
@@ -609,14 +631,21 @@ def ratio_table(rs, rounds, mine_name, base_name, title):
         if c is not None:
             cpu.append(c)
         cells_c.append(f"{c:.2f}{mark}" if c is not None else "—")
+        t = (mine["transfer_mb_s"] / base["transfer_mb_s"]
+             if mine.get("transfer_mb_s") and base.get("transfer_mb_s") else None)
+        if t is not None:
+            moving.append(t)
+        cells_t.append(f"{t:.2f}{mark}" if t is not None else "—")
     if not cells_s:
         return []
     med_s = f"{statistics.median(speed):.2f}" if speed else "—"
     med_c = f"{statistics.median(cpu):.2f}" if cpu else "—"
+    med_t = f"{statistics.median(moving):.2f}" if moving else "—"
     return ["", f"| {title} | " + " | ".join(f"round {i + 1}" for i in range(len(cells_s)))
             + " | median |",
             "|---|" + "---|" * (len(cells_s) + 1),
             "| MB/s | " + " | ".join(cells_s) + f" | {med_s} |",
+            "| transfer MB/s | " + " | ".join(cells_t) + f" | {med_t} |",
             "| CPU s | " + " | ".join(cells_c) + f" | {med_c} |"]
 
 
@@ -628,10 +657,10 @@ def report(results, scenarios, clients, rounds):
             continue
         lines.append(f"### ({sc}) {SCENARIOS[sc]}")
         lines.append("")
-        lines.append("| client | ok runs | MB/s median (min–max) | CPU s/GiB median (min–max) "
-                     "| peak RSS MiB median (max) | wall s median | read / write calls median "
-                     "| minor faults median |")
-        lines.append("|---|---|---|---|---|---|---|---|")
+        lines.append("| client | ok runs | MB/s median (min–max) | transfer MB/s median (min–max) "
+                     "| CPU s/GiB median (min–max) | peak RSS MiB median (max) | wall s median "
+                     "| read / write calls median | minor faults median |")
+        lines.append("|---|---|---|---|---|---|---|---|---|")
         for cl in clients:
             mine = [r for r in rs if r["client"] == cl]
             if not mine:
@@ -639,12 +668,13 @@ def report(results, scenarios, clients, rounds):
             ok = [r for r in mine if r["ok"]]
             name = cl + (" (Σ of 40 processes)" if cl == "wget" and sc == "c" else "")
             if not ok:
-                lines.append(f"| {name} | 0/{len(mine)} FAILED | — | — | — | — | — | — |")
+                lines.append(f"| {name} | 0/{len(mine)} FAILED | — | — | — | — | — | — | — |")
                 continue
             rss = [r["rss_mib"] for r in ok]
             lines.append(
                 f"| {name} | {len(ok)}/{len(mine)}{'' if len(ok) == len(mine) else ' (some FAILED)'} "
                 f"| {spread([r['mb_s'] for r in ok])} "
+                f"| {spread([r['transfer_mb_s'] for r in ok if r.get('transfer_mb_s')])} "
                 f"| {spread([r['cpu_s_per_gib'] for r in ok], 2)} "
                 f"| {fmt(statistics.median(rss), 1)} ({fmt(max(rss), 1)}) "
                 f"| {fmt(statistics.median([r['wall_s'] for r in ok]), 2)} "

@@ -37,7 +37,8 @@ SplashWindow::SplashWindow(QWidget *parent)
 
     m_timer.setObjectName(QStringLiteral("timer"));
     m_timer.setSingleShot(true);
-    m_timer.setInterval(150);
+    // Long enough to be drawn; it stays up while the main window is built.
+    m_timer.setInterval(50);
     connect(&m_timer, &QTimer::timeout, this, [this] {
         Q_EMIT done();
         close();
