@@ -127,8 +127,6 @@ int runHeadless(int argc, char *argv[], const CommandLine &command)
 
 int main(int argc, char *argv[])
 {
-    // Resources of a static library are registered by hand.
-    Q_INIT_RESOURCE(shell);
     QCoreApplication::setApplicationName(QStringLiteral("corvane"));
     QCoreApplication::setApplicationVersion(QStringLiteral(CORVANE_VERSION));
     QStringList arguments;

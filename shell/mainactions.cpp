@@ -1,38 +1,34 @@
 #include "mainactions.h"
 
+#include "icons.h"
 #include "recentdownloads.h"
 
 #include <QMainWindow>
 #include <QMenuBar>
-#include <QStyle>
 #include <QToolBar>
 #include <QToolButton>
 
 namespace {
 
-// The toolbar's buttons: key, tooltip, the menu action it runs (empty: one of its own), icon.
+// The toolbar's buttons: key (also the icon's name), tooltip, the menu action it runs (empty: one
+// of its own).
 struct ToolbarButton
 {
     const char *key;
     const char *toolTip;
     const char *action;
-    const char *themeIcon;
-    QStyle::StandardPixmap fallback;
 };
 
 const ToolbarButton Buttons[] = {
-    {"explorer", "Página principal", "", "applications-internet", QStyle::SP_DriveNetIcon},
-    {"cfg", "Configuración", "opciones", "preferences-system", QStyle::SP_FileDialogDetailedView},
-    {"inactivas", "Lista de descargas inactivas", "", "media-playback-pause",
-     QStyle::SP_MediaPause},
-    {"activas", "Lista de descargas activas", "", "go-down", QStyle::SP_ArrowDown},
-    {"listado", "Obtener links y archivos de un documento HTML", "", "edit-find",
-     QStyle::SP_FileDialogContentsView},
-    {"addurl", "Añadir URL", "newurl", "list-add", QStyle::SP_FileDialogNewFolder},
-    {"log", "Historial", "", "document-open-recent", QStyle::SP_FileDialogInfoView},
-    {"estadisticas", "Estadísticas", "", "utilities-system-monitor", QStyle::SP_ComputerIcon},
-    {"systray", "Ocultar en la barra del sistema", "hidesys", "go-bottom",
-     QStyle::SP_TitleBarMinButton},
+    {"explorer", "Página principal", ""},
+    {"cfg", "Configuración", "opciones"},
+    {"inactivas", "Lista de descargas inactivas", ""},
+    {"activas", "Lista de descargas activas", ""},
+    {"listado", "Obtener links y archivos de un documento HTML", ""},
+    {"addurl", "Añadir URL", "newurl"},
+    {"log", "Historial", ""},
+    {"estadisticas", "Estadísticas", ""},
+    {"systray", "Ocultar en la barra del sistema", "hidesys"},
 };
 
 } // namespace
@@ -135,8 +131,7 @@ void MainActions::buildToolbar(QMainWindow &window)
         QAction *action = *button.action ? m_actions.value(QLatin1String(button.action))
                                          : make(button.key, toolTip);
         action->setToolTip(toolTip);
-        action->setIcon(QIcon::fromTheme(QLatin1String(button.themeIcon),
-                                         window.style()->standardIcon(button.fallback)));
+        action->setIcon(corvaneIcon(QLatin1String(button.key)));
         m_barra->addAction(action);
         QWidget *widget = m_barra->widgetForAction(action);
         widget->setObjectName(QLatin1String(button.key));

@@ -26,6 +26,19 @@ const IconSource Sources[] = {
     {QLatin1StringView("bloquear"),
      {QLatin1StringView("object-locked"), QLatin1StringView("changes-prevent")}},
     {QLatin1StringView("propiedades"), {QLatin1StringView("document-properties")}},
+    // The main window's toolbar.
+    {QLatin1StringView("explorer"),
+     {QLatin1StringView("web-browser"), QLatin1StringView("applications-internet")}},
+    {QLatin1StringView("cfg"),
+     {QLatin1StringView("preferences-system"), QLatin1StringView("configure")}},
+    {QLatin1StringView("inactivas"), {QLatin1StringView("media-playback-pause")}},
+    {QLatin1StringView("activas"), {QLatin1StringView("download"), QLatin1StringView("go-down")}},
+    {QLatin1StringView("listado"), {QLatin1StringView("edit-find")}},
+    {QLatin1StringView("addurl"), {QLatin1StringView("list-add")}},
+    {QLatin1StringView("log"), {QLatin1StringView("document-open-recent")}},
+    {QLatin1StringView("estadisticas"),
+     {QLatin1StringView("utilities-system-monitor"), QLatin1StringView("office-chart-line")}},
+    {QLatin1StringView("systray"), {QLatin1StringView("go-bottom")}},
 };
 
 } // namespace
