@@ -1,10 +1,12 @@
 #include "pagefetch.h"
 
+#include "tlstrust.h"
 #include "urls.h"
 
 PageFetch::PageFetch(QObject *parent) : QObject(parent)
 {
     m_ws.setObjectName(QStringLiteral("ws"));
+    m_ws.setSslConfiguration(secureConfiguration());
     m_limit.setSingleShot(true);
     m_limit.setInterval(TimeLimitMs);
     connect(&m_limit, &QTimer::timeout, this, &PageFetch::timeLimitReached);
