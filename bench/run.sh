@@ -14,7 +14,7 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(dirname "$here")
 
 # --- packages (only the missing ones) ---------------------------------------------------
-packages=(nginx-light python3 python3-pyftpdlib curl wget time)
+packages=(nginx-light python3 python3-pyftpdlib curl wget time x11-utils)
 if [ -z "${CORVANE_BIN:-}" ]; then
     # The build dependencies, as scripts/setup.sh lists them (setup.sh itself builds build/,
     # which another build may be using, so only its list is taken).
