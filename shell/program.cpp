@@ -57,8 +57,11 @@ void Program::build()
 {
     m_main = std::make_unique<MainWindow>();
     Q_EMIT mainWindowReady(m_main.get());
+    // The settings come first, as without windows: the downloads of the saved lists take their
+    // number of retries from them.
+    m_settings.load();
     // The windows load in this order; each list window reads its own list as it loads, and the
-    // settings window reads the settings file and stays, hidden, for the whole run.
+    // settings window stays, hidden, for the whole run.
     m_main->addChild(ViewSwitches::viewweb,
                      new WebWindow([this](const QString &url) { return añadir(url); },
                                    m_active.notifier(), m_desktop, homePage(m_folder.dataDir())));
@@ -71,7 +74,6 @@ void Program::build()
     m_main->addChild(ViewSwitches::viewactivas, activas);
     m_active.load();
     m_cfg = new CfgWindow(m_settings, m_desktop, m_main.get());
-    m_settings.load();
     m_log.open();
     m_main->addChild(ViewSwitches::viewhist, new HistoryWindow(m_log));
     m_main->addChild(ViewSwitches::viewestadisticas, new StatsWindow(m_active));
@@ -110,6 +112,7 @@ bool Program::restoreQuickList()
     try {
         if (QFileInfo::exists(path))
             m_quickList.load(path);
+        m_quickListRead = true;
         return true;
     } catch (const Failure &failure) {
         startupError(failure.description());
@@ -165,11 +168,17 @@ void Program::shutdown()
     Q_EMIT unloadFolder();
     delete m_listado;
     delete m_splash;
-    try {
-        m_main->viewSwitches().write(m_folder.file(QStringLiteral("view.win")));
-        m_quickList.save(m_folder.file(QStringLiteral("quick.lst")));
-    } catch (const Failure &failure) {
-        m_desktop.messageBox(failure.description(), Desktop::Icon::Critical);
-    }
+    // Each file is written whatever became of the other.
+    const auto save = [this](const auto &write) {
+        try {
+            write();
+        } catch (const Failure &failure) {
+            m_desktop.messageBox(failure.description(), Desktop::Icon::Critical);
+        }
+    };
+    save([this] { m_main->viewSwitches().write(m_folder.file(QStringLiteral("view.win"))); });
+    // A list that was never read is left as it is, not replaced by an empty one.
+    if (m_quickListRead)
+        save([this] { m_quickList.save(m_folder.file(QStringLiteral("quick.lst"))); });
     QCoreApplication::exit(0);
 }

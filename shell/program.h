@@ -105,5 +105,6 @@ private:
     DetailWindow *m_detallado = nullptr;
     QAction *m_apagar = nullptr;
     StopSignals *m_stopSignals = nullptr;
+    bool m_quickListRead = false;
     bool m_ended = false;
 };

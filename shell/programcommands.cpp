@@ -45,7 +45,7 @@ void Program::wireMenus()
     on("cascada", [this] { m_main->mdi()->cascadeSubWindows(); });
     on("mhorz", [this] { m_main->tile(Qt::Horizontal); });
     on("mvert", [this] { m_main->tile(Qt::Vertical); });
-    on("ayudab", [this] { m_desktop.openFile(m_folder.file(QStringLiteral("help.html"))); });
+    on("ayudab", [this] { m_desktop.openFile(m_folder.dataFile(QStringLiteral("help.html"))); });
     on("acercade", [this] { m_about->exec(); });
     on("activas", [this] { m_main->bringForward(ViewSwitches::viewactivas); });
     on("inactivas", [this] { m_main->bringForward(ViewSwitches::viewinactivas); });

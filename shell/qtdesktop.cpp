@@ -131,6 +131,7 @@ void QtDesktop::raiseTrayIndicator(const QString &text)
     if (!m_tray) {
         m_tray = new QSystemTrayIcon(
             QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning), this);
+        m_tray->setObjectName(QStringLiteral("errmsg"));
         m_tray->setToolTip(QStringLiteral("Mensaje de Corvane"));
         connect(m_tray, &QSystemTrayIcon::activated, this, [this] {
             m_tray->hide();

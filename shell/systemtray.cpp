@@ -13,11 +13,19 @@ SystemTray::SystemTray(QWidget &mainWindow, QMenu *recent, QAction *apagar, QAct
     mostrar->setObjectName(QStringLiteral("mostrar"));
     connect(mostrar, &QAction::triggered, this, &SystemTray::showMainWindow);
     m_systr->addSeparator();
-    QAction *lasdesc = m_systr->addMenu(recent);
+    // Its own submenu over the same items: the main menu keeps its caption and key.
+    QMenu *lasdesc = m_systr->addMenu(QStringLiteral("&Ultimos archivos descargados"));
     lasdesc->setObjectName(QStringLiteral("lasdesc"));
-    lasdesc->setText(QStringLiteral("&Ultimos archivos descargados"));
+    lasdesc->addActions(recent->actions());
+    const auto followRecent = [lasdesc, recent] {
+        lasdesc->menuAction()->setEnabled(recent->menuAction()->isEnabled());
+    };
+    followRecent();
+    connect(recent->menuAction(), &QAction::enabledChanged, this, followRecent);
     m_systr->addSeparator();
-    m_systr->addAction(help);
+    QAction *ayuda = m_systr->addAction(QStringLiteral("&Ayuda"));
+    ayuda->setObjectName(QStringLiteral("ayuda"));
+    connect(ayuda, &QAction::triggered, help, &QAction::trigger);
     m_systr->addAction(about);
     m_systr->addSeparator();
     // Its own caption, the same switch as the active window's "apagar" button.

@@ -6,9 +6,11 @@
 #include "settingsfixture.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QMdiSubWindow>
+#include <QMenu>
 #include <QPushButton>
 #include <QTest>
 #include <QToolBar>
@@ -29,10 +31,12 @@ struct Started : SettingsFixture
 {
     std::unique_ptr<Program> program;
     MainWindow *main = nullptr;
+    QString dataDir; // where the files shipped with the program are; the folder's own when empty
     void start()
     {
         QVERIFY(saveQuiet());
-        program = std::make_unique<Program>(ProgramFolder(dir.path()), QStringList(), desktop);
+        program =
+            std::make_unique<Program>(ProgramFolder(dir.path(), dataDir), QStringList(), desktop);
         program->start();
         QTRY_VERIFY(program->mainWindow() && program->mainWindow()->isVisible());
         main = program->mainWindow();
@@ -66,7 +70,9 @@ private Q_SLOTS:
     void viewSwitches_data();
     void viewSwitches();
     void quickAddBar();
-    void unreadableViewFile();
+    void viewFileFailures_data();
+    void viewFileFailures();
+    void trayMenu();
     void recentDownloads();
     void folders_data();
     void folders();
@@ -152,22 +158,67 @@ void TestStartup::quickAddBar()
                         "http://127.0.0.1:9/viejo.zip\r\n\r\nftp://b/2\r\nhttp://c/3\r\n"));
 }
 
-void TestStartup::unreadableViewFile()
+void TestStartup::viewFileFailures_data()
 {
-    // A "view.win" that cannot be read stops the start-up there: "quick.lst" is not read, and
-    // since the switches cannot be written on the way out either, the list is left as it was.
+    QTest::addColumn<bool>("atStart");
+    QTest::newRow("unreadable at the start") << true;
+    QTest::newRow("unwritable at the end") << false;
+}
+
+void TestStartup::viewFileFailures()
+{
+    // A "view.win" that cannot be read stops the start-up there: "quick.lst" is not read, so it
+    // is not replaced on the way out either. One that cannot be written at the end does not keep
+    // the quick-add list from being saved.
+    QFETCH(bool, atStart);
     Started f;
-    QVERIFY(QDir(f.dir.path()).mkdir("view.win"));
+    if (atStart)
+        QVERIFY(QDir(f.dir.path()).mkdir("view.win"));
     f.write("quick.lst", "http://a/1\r\n");
     f.start();
-    QCOMPARE(f.main->quickadd()->count(), 0);
+    QCOMPARE(f.main->quickadd()->count(), atStart ? 0 : 1);
+    if (!atStart) {
+        QFile::remove(f.path("view.win"));
+        QVERIFY(QDir(f.dir.path()).mkdir("view.win"));
+        QTest::keyClicks(f.main->quickadd()->lineEdit(), "http://127.0.0.1:9/b");
+        QTest::keyClick(f.main->quickadd()->lineEdit(), Qt::Key_Return);
+    }
     f.main->close();
     const QStringList boxes = f.desktop.callsOf("messageBox");
-    QCOMPARE(boxes.size(), 2);
-    QVERIFY2(boxes.first().startsWith("Critical|Error al iniciar Corvane:\n"),
-             qPrintable(boxes.first()));
+    QCOMPARE(boxes.size(), atStart ? 2 : 1);
+    if (atStart)
+        QVERIFY2(boxes.first().startsWith("Critical|Error al iniciar Corvane:\n"),
+                 qPrintable(boxes.first()));
     QVERIFY(boxes.last().startsWith("Critical|"));
-    QCOMPARE(f.read("quick.lst"), QByteArray("http://a/1\r\n"));
+    QCOMPARE(f.read("quick.lst"), atStart ? QByteArray("http://a/1\r\n")
+                                          : QByteArray("http://127.0.0.1:9/b\r\nhttp://a/1\r\n"));
+}
+
+void TestStartup::trayMenu()
+{
+    // The tray's menu has its own items in its own order; the Archivo menu keeps its captions.
+    Started f;
+    f.dataDir = "/datos";
+    f.start();
+    QMenu *systr = nullptr;
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (widget->objectName() == "systr")
+            systr = qobject_cast<QMenu *>(widget);
+    }
+    QVERIFY(systr);
+    QStringList items;
+    for (const QAction *item : systr->actions()) {
+        const QString name = item->menu() ? item->menu()->objectName() : item->objectName();
+        items << (item->isSeparator() ? QString("-") : name + " " + item->text());
+    }
+    QCOMPARE(items, (QStringList{"mostrar &Mostrar", "-", "lasdesc &Ultimos archivos descargados",
+                                 "-", "ayuda &Ayuda", "acercade A&cerca de", "-",
+                                 "shutdown A&pagar equipo al finalizar", "salir &Salir"}));
+    QCOMPARE(f.main->actions().ultimas()->title(), QStringLiteral("Últi&mas descargas"));
+    // Help is a file shipped with the program, not one of the user's folder.
+    systr->findChild<QAction *>("ayuda")->trigger();
+    QCOMPARE(f.desktop.callsOf("openFile"), QStringList{"/datos/help.html"});
+    f.main->close();
 }
 
 void TestStartup::recentDownloads()
