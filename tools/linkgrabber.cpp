@@ -53,13 +53,10 @@ void LinkGrabber::load(const QString &clipboard)
     if (QFileInfo::exists(file)) {
         try {
             TextFileReader reader = TextFileReader::open(file);
-            // The file keeps the whole list, built-in endings included; read back as they are,
-            // those would be listed once more every time the list is saved.
-            while (!reader.atEnd()) {
-                const QString ending = reader.readLine();
-                if (!BuiltInEndings.contains(ending))
-                    m_ext.append(ending);
-            }
+            // The file keeps the whole list, built-in endings included, and all of it follows
+            // the built-in ones.
+            while (!reader.atEnd())
+                m_ext.append(reader.readLine());
         } catch (const Failure &failure) {
             m_desktop.messageBox(failure.description(), Desktop::Icon::Critical);
         }
@@ -172,7 +169,7 @@ void LinkGrabber::getlinks()
 void LinkGrabber::Add_Link(const QString &pattern, const QString &base)
 {
     const quint64 session = m_session;
-    LinkScanner scanner(m_fetch.text(), pattern, base);
+    LinkScanner scanner(m_fetch.code(), pattern, base);
     m_scanning = true;
     try {
         while (std::optional<QString> address = scanner.next()) {

@@ -30,7 +30,7 @@ QByteArray PageFetch::request(const QString &url, const QString &host)
 bool PageFetch::start(const QString &url, Desktop &desktop)
 {
     stop();
-    m_text.clear();
+    m_code.clear();
     m_received = 0;
     m_decoder = QStringDecoder(QStringDecoder::Utf8);
     const QString host = HostOf(url, desktop);
@@ -69,7 +69,7 @@ void PageFetch::readArrived()
     m_received += bytes.size();
     QString text = m_decoder(bytes);
     text.replace(QLatin1Char('\''), QLatin1Char('"'));
-    m_text += text;
+    m_code += text;
     if (m_received > MaxBytes) {
         stop();
         Q_EMIT cutShort(QStringLiteral("La página pasa de %1 Mb: solo se buscan direcciones en "

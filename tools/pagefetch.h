@@ -32,8 +32,8 @@ public:
     // Closes the connection without reporting anything.
     void stop();
     bool running() const { return m_running; }
-    // What has arrived so far.
-    const QString &text() const { return m_text; }
+    // `code`: what has arrived so far, single quotes made double.
+    const QString &code() const { return m_code; }
 
     // The time limit's handler.
     void timeLimitReached();
@@ -55,7 +55,7 @@ private:
     QTimer m_limit;
     QStringDecoder m_decoder;
     QByteArray m_request;
-    QString m_text;
+    QString m_code;
     qint64 m_received = 0;
     bool m_running = false;
 };
