@@ -71,6 +71,7 @@ QString ActiveList::remainingTime(int index) const
 void ActiveList::describeSelected()
 {
     m_details = DownloadDetails();
+    m_progressPending = false;
     if (hasRow(m_selected)) {
         const DownloadSlot &slot = m_slots[m_selected];
         m_details.inf = QStringLiteral("Información detallada de ") + slot.path;

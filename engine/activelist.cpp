@@ -268,19 +268,31 @@ void ActiveList::showProgress(int index)
 {
     const DownloadSlot &slot = m_slots[index];
     DownloadRow &row = *m_rows[index];
-    row.setBytes(sizeText(slot.bytes, SizeUnits::FromThreshold));
-    const bool selected = index == m_selected;
-    if (slot.total > 0) {
-        const double percent = roundTo2(double(slot.bytes) / double(slot.total) * 100.0);
-        row.setPorcentaje(int(std::nearbyint(percent)));
-        if (selected)
-            m_details.porcientot = decimalText(percent) + QLatin1Char('%');
-    }
-    if (selected) {
-        m_details.bytest =
-            QString::number(slot.bytes - 1) + QLatin1Char('/') + QString::number(slot.total);
+    row.setBytes(slot.bytes, SizeUnits::FromThreshold);
+    if (slot.total > 0)
+        row.setPorcentaje(int(std::nearbyint(progressPercent(slot))));
+    if (index == m_selected) {
+        m_progressPending = true;
         Q_EMIT detailsChanged();
     }
+}
+
+double ActiveList::progressPercent(const DownloadSlot &slot)
+{
+    return roundTo2(double(slot.bytes) / double(slot.total) * 100.0);
+}
+
+const DownloadDetails &ActiveList::details() const
+{
+    if (m_progressPending && hasRow(m_selected)) {
+        const DownloadSlot &slot = m_slots[m_selected];
+        if (slot.total > 0)
+            m_details.porcientot = decimalText(progressPercent(slot)) + QLatin1Char('%');
+        m_details.bytest =
+            QString::number(slot.bytes - 1) + QLatin1Char('/') + QString::number(slot.total);
+    }
+    m_progressPending = false;
+    return m_details;
 }
 
 void ActiveList::transferFinished(int index)

@@ -88,7 +88,7 @@ public:
 
     int seleccionado() const { return m_selected; }
     void setSeleccionado(int index);
-    const DownloadDetails &details() const { return m_details; }
+    const DownloadDetails &details() const;
     ActiveCommands enabledCommands() const;
     // The detail window's texts for a live download.
     std::optional<DownloadInfo> detallado(int index) const;
@@ -117,6 +117,7 @@ public:
     Notifier &notifier() { return m_notifier; }
     void showStatus(int panel, const QString &text);
     void showProgress(int index);
+    static double progressPercent(const DownloadSlot &slot);
     void transferFinished(int index);
     void retriesExhausted(int index);
     void transferFailed(int index);
@@ -161,7 +162,10 @@ private:
     std::array<std::unique_ptr<Transfer>, SlotCount> m_transfers;
 
     int m_selected = 0;
-    DownloadDetails m_details;
+    // The selected download's progress texts are made when the details are read, not with
+    // every chunk.
+    mutable DownloadDetails m_details;
+    mutable bool m_progressPending = false;
     bool m_apagar = false;
     QString m_loginCaption = LoginCaption;
     QByteArray m_receiveBuffer{ReceiveChunk, Qt::Uninitialized};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "texts.h"
+
 #include <QString>
 #include <functional>
 #include <memory>
@@ -15,7 +17,9 @@ public:
     virtual bool locked() const = 0;
     virtual void setPorcentaje(int percent) = 0;
     virtual int porcentaje() const = 0;
-    virtual void setBytes(const QString &text) = 0;
+    // A count, not a text: the active list writes it with every chunk, and the text is made
+    // only when it is shown.
+    virtual void setBytes(qint64 count, SizeUnits units) = 0;
     virtual QString bytes() const = 0;
     virtual void setArchivo(const QString &text) = 0;
     virtual QString archivo() const = 0;
@@ -33,6 +37,12 @@ public:
     virtual void DownloadEnd() = 0;
 };
 
+// The text of a row's byte count; none before the first count.
+inline QString rowBytesText(qint64 count, SizeUnits units)
+{
+    return count < 0 ? QString() : sizeText(count, units);
+}
+
 // Makes the row of slot `index` of a list; the list owns it until the slot is removed.
 using RowFactory = std::function<std::unique_ptr<DownloadRow>(int index)>;
 
@@ -44,8 +54,12 @@ public:
     bool locked() const override { return m_locked; }
     void setPorcentaje(int percent) override { m_percent = percent > 100 ? 100 : percent; }
     int porcentaje() const override { return m_percent; }
-    void setBytes(const QString &text) override { m_bytes = text; }
-    QString bytes() const override { return m_bytes; }
+    void setBytes(qint64 count, SizeUnits units) override
+    {
+        m_bytes = count;
+        m_units = units;
+    }
+    QString bytes() const override { return rowBytesText(m_bytes, m_units); }
     void setArchivo(const QString &text) override { m_archivo = text; }
     QString archivo() const override { return m_archivo; }
     void setUrl(const QString &text) override { m_url = text; }
@@ -65,7 +79,8 @@ public:
 private:
     bool m_locked = false;
     int m_percent = 0;
-    QString m_bytes;
+    qint64 m_bytes = -1;
+    SizeUnits m_units = SizeUnits::FromThreshold;
     QString m_archivo;
     QString m_url;
     bool m_selected = false;

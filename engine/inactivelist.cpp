@@ -59,7 +59,7 @@ void InactiveList::addnew(const QString &Data, const QString &path, qint64 total
         ListRecord{Data, path, total, bytes, tiempo, allowredo, usernm, passw, rememb, locked};
     if (total > 0)
         row.setPorcentaje(int(std::nearbyint(double(bytes) / double(total) * 100.0)));
-    row.setBytes(sizeText(bytes, SizeUnits::AboveThreshold));
+    row.setBytes(bytes, SizeUnits::AboveThreshold);
     m_ocupado[i] = true;
     Q_EMIT rowsChanged();
     if (!loading)

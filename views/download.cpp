@@ -134,9 +134,10 @@ void download::setPorcentaje(int percent)
     scheduleRefresh();
 }
 
-void download::setBytes(const QString &text)
+void download::setBytes(qint64 count, SizeUnits units)
 {
-    m_bytes = text;
+    m_bytes = count;
+    m_units = units;
     scheduleRefresh();
 }
 
@@ -154,7 +155,7 @@ void download::refresh()
         m_porciento->setText(QString::number(m_percent) + QLatin1Char('%'));
         m_percentShown = true;
     }
-    m_nbytes->setText(m_bytes);
+    m_nbytes->setText(bytes());
 }
 
 void download::timerEvent(QTimerEvent *event)

@@ -40,8 +40,8 @@ public:
     bool locked() const override { return m_locked; }
     void setPorcentaje(int percent) override;
     int porcentaje() const override { return m_percent; }
-    void setBytes(const QString &text) override;
-    QString bytes() const override { return m_bytes; }
+    void setBytes(qint64 count, SizeUnits units) override;
+    QString bytes() const override { return rowBytesText(m_bytes, m_units); }
     void setArchivo(const QString &text) override;
     QString archivo() const override { return m_archivo; }
     void setUrl(const QString &text) override;
@@ -89,7 +89,8 @@ private:
     quint32 m_baseColour = 0xFFFFFF;
     QString m_archivo = QStringLiteral("Archivo"); // the design captions
     QString m_url = QStringLiteral("URL");
-    QString m_bytes;
+    qint64 m_bytes = -1;
+    SizeUnits m_units = SizeUnits::FromThreshold;
     int m_percent = 0;
     bool m_percentShown = true;
     QBasicTimer m_refresh;

@@ -172,7 +172,7 @@ private Q_SLOTS:
         row.installEventFilter(&layouts);
         for (int i = 1; i <= 1000; ++i) {
             row.setPorcentaje(i / 10);
-            row.setBytes(QString::number(i) + " Kb");
+            row.setBytes(i * 1024, SizeUnits::FromThreshold);
         }
         QCoreApplication::processEvents();
         QCOMPARE(layouts.count, 0);
@@ -475,8 +475,10 @@ private Q_SLOTS:
         QTRY_VERIFY(f.activas.rowAt(1)->finalizado());
         QCOMPARE(f.read("f.bin"), content);
         QCOMPARE(server.requests().size(), 2);
-        // Finished while selected: the buttons follow.
+        // Finished while selected: the buttons and the panel follow.
         QVERIFY(button(&f.activas, "open")->isEnabled());
+        QTRY_COMPARE(texts(&f.activas, {"bytest", "porcientot"}),
+                     (QStringList{"50000/50000", "100%"}));
     }
 
     // The finished downloads leave, the selected one among them; their files stay, and the row
