@@ -12,6 +12,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QStatusBar>
+#include <QStyle>
 #include <QToolBar>
 
 namespace {
@@ -216,9 +217,9 @@ void MainWindow::tile(Qt::Orientation orientation)
     if (shown.isEmpty())
         return;
     // Each window gets at least what it needs, and an equal share of the room left over; when
-    // there is none, the area scrolls.
+    // there is none, the area scrolls, and its scroll bar takes from the windows' other side.
     const bool stacked = orientation == Qt::Horizontal;
-    const QSize area = m_mdi->viewport()->size();
+    const QSize area = m_mdi->maximumViewportSize();
     const auto extent = [stacked](const QSize &size) {
         return stacked ? size.height() : size.width();
     };
@@ -226,15 +227,18 @@ void MainWindow::tile(Qt::Orientation orientation)
     for (QMdiSubWindow *sub : std::as_const(shown))
         needed += extent(sub->minimumSizeHint());
     const int share = std::max(0, extent(area) - needed) / int(shown.size());
+    const int scrollBar =
+        needed > extent(area) ? style()->pixelMetric(QStyle::PM_ScrollBarExtent) : 0;
+    const int across = (stacked ? area.width() : area.height()) - scrollBar;
     int at = 0;
     for (QMdiSubWindow *sub : std::as_const(shown)) {
         m_placed.insert(sub);
         sub->showNormal();
         const int length = extent(sub->minimumSizeHint()) + share;
         if (stacked)
-            sub->setGeometry(0, at, area.width(), length);
+            sub->setGeometry(0, at, across, length);
         else
-            sub->setGeometry(at, 0, length, area.height());
+            sub->setGeometry(at, 0, length, across);
         at += length;
     }
 }
