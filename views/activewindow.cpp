@@ -44,6 +44,7 @@ ActiveWindow::ActiveWindow(ActiveList &list, DetailWindow &detail, QWidget *pare
     m_rows = std::make_unique<RowBinding<ActiveList>>(
         list, *m_frame, [this](download &row, int index) { connectRow(row, index); });
     connect(m_frame, &RowFrame::emptyClicked, this, [this] { select(0); });
+    m_rows->connectKeys(this, m_menu, [this](int index) { select(index); });
     connect(&list, &ActiveList::detailsChanged, this, &ActiveWindow::detailsChanged);
     connect(&list, &ActiveList::rowsChanged, this, &ActiveWindow::updateCommands);
     connect(&list, &ActiveList::downloadFinished, this, &ActiveWindow::updateCommands);

@@ -37,6 +37,7 @@ InactiveWindow::InactiveWindow(InactiveList &list, ActiveList &active, DetailWin
     m_rows = std::make_unique<RowBinding<InactiveList>>(
         list, *m_frame, [this](download &row, int index) { connectRow(row, index); });
     connect(m_frame, &RowFrame::emptyClicked, this, [this] { select(0); });
+    m_rows->connectKeys(this, m_menu, [this](int index) { select(index); });
     connect(&list, &InactiveList::rowsChanged, this, &InactiveWindow::updateCommands);
     connect(&list, &InactiveList::selectionChanged, this, &InactiveWindow::updateCommands);
     connect(&list, &InactiveList::propertiesRequested, this, [this](int index) {

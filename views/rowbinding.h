@@ -4,7 +4,9 @@
 #include "downloadslot.h"
 #include "rowframe.h"
 
+#include <QMenu>
 #include <QPointer>
+#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -49,6 +51,45 @@ public:
     download *rowAt(int index) const
     {
         return m_list ? dynamic_cast<download *>(m_list->rowAt(index)) : nullptr;
+    }
+
+    // The list's keys: Up, Down, Home and End move the selection and bring its row into view,
+    // Enter shows its details, the menu key opens `menu` under its row. `select` is the
+    // window's own selection, which also keeps its commands up to date.
+    void connectKeys(QObject *context, QMenu *menu, std::function<void(int)> select)
+    {
+        QObject::connect(&m_frame, &RowFrame::stepRequested, context, [this, select](int step) {
+            const int index = m_list ? stepFrom(m_list->seleccionado(), step) : 0;
+            if (index) {
+                select(index);
+                m_frame.showRow(rowAt(index));
+            }
+        });
+        QObject::connect(&m_frame, &RowFrame::detailsRequested, context, [this] {
+            if (m_list && m_list->existe(m_list->seleccionado()))
+                m_list->CallProp();
+        });
+        QObject::connect(&m_frame, &RowFrame::menuRequested, context, [this, menu] {
+            if (download *row = m_list ? rowAt(m_list->seleccionado()) : nullptr)
+                menu->popup(row->mapToGlobal(QPoint(0, row->height())));
+        });
+    }
+
+    // The row `step` places away from `index` in slot order, stopping at the ends; from no row,
+    // the first one downwards or the last one upwards. 0 when the list is empty.
+    int stepFrom(int index, int step) const
+    {
+        QList<int> shown;
+        for (int i = 1; m_list && i <= m_list->highestIndex(); ++i) {
+            if (rowAt(i))
+                shown.append(i);
+        }
+        if (shown.isEmpty())
+            return 0;
+        const qsizetype at = shown.indexOf(index);
+        if (at < 0)
+            return step > 0 ? shown.first() : shown.last();
+        return shown[std::clamp<qsizetype>(at + step, 0, shown.size() - 1)];
     }
 
     // reordenar_indicador: the rows in slot order.

@@ -1,9 +1,11 @@
 #include "rowframe.h"
 
 #include "download.h"
+#include "downloadslot.h"
 #include "wincolor.h"
 
 #include <QCoreApplication>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QScrollBar>
@@ -61,6 +63,8 @@ RowFrame::RowFrame(QWidget *parent)
     m_scroll->setRange(0, 0);
     m_scroll->hide();
     connect(m_scroll, &QScrollBar::valueChanged, this, &RowFrame::placeRows);
+    // A click on a row gives the list the keyboard.
+    setFocusPolicy(Qt::StrongFocus);
 }
 
 void RowFrame::reordenar_indicador(const QList<QWidget *> &rows, int highestIndex)
@@ -143,6 +147,48 @@ void RowFrame::mouseReleaseEvent(QMouseEvent *event)
 {
     if (event->button() == Qt::LeftButton)
         Q_EMIT emptyClicked();
+}
+
+void RowFrame::showRow(const QWidget *row)
+{
+    const int k = int(m_rows.indexOf(row));
+    if (k < 0 || m_scroll->isHidden() || m_highestIndex == 0)
+        return;
+    const double header = m_header->height() * 15.0;
+    const double height = contentsRect().height() * 15.0;
+    const double top = rowTop(k, m_highestIndex, m_scroll->value(), header);
+    const double perRow = 100.0 / m_highestIndex;
+    if (top < header)
+        m_scroll->setValue(int(std::floor(k * perRow)));
+    else if (top + RowPitch > height)
+        m_scroll->setValue(int(std::ceil((k + 1 - (height - header) / RowPitch) * perRow)));
+}
+
+void RowFrame::keyPressEvent(QKeyEvent *event)
+{
+    switch (event->key()) {
+    case Qt::Key_Up:
+        Q_EMIT stepRequested(-1);
+        break;
+    case Qt::Key_Down:
+        Q_EMIT stepRequested(1);
+        break;
+    case Qt::Key_Home:
+        Q_EMIT stepRequested(-SlotCount);
+        break;
+    case Qt::Key_End:
+        Q_EMIT stepRequested(SlotCount);
+        break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        Q_EMIT detailsRequested();
+        break;
+    case Qt::Key_Menu:
+        Q_EMIT menuRequested();
+        break;
+    default:
+        QFrame::keyPressEvent(event);
+    }
 }
 
 void RowFrame::wheelEvent(QWheelEvent *event)

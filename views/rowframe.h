@@ -26,16 +26,24 @@ public:
     QWidget *rowParent() { return this; }
     // Room for the headers and a few rows, however small the window is made.
     QSize minimumSizeHint() const override;
+    // Scrolls as little as it takes to show the whole of `row`.
+    void showRow(const QWidget *row);
 
 Q_SIGNALS:
     // A click on the frame outside every row.
     void emptyClicked();
+    // The keys of a list: the selection moves `step` rows (far beyond the ends for Home and
+    // End), Enter asks for the selected download's details, the menu key for its menu.
+    void stepRequested(int step);
+    void detailsRequested();
+    void menuRequested();
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     void placeHeaders();

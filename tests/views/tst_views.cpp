@@ -596,6 +596,45 @@ private Q_SLOTS:
         }
     }
 
+    // The keys move the selection over the rows there are, stop at the ends and bring the row
+    // into view; Enter describes the download, the menu key opens the menu.
+    void keys()
+    {
+        Views f;
+        for (int i = 1; i <= 40; ++i)
+            f.addActive(QString("f%1").arg(i), "finished");
+        f.active.delfile(2, false);
+        RowFrame *frame = f.activas.frame();
+        const auto press = [&](Qt::Key key) {
+            QTest::keyClick(frame, key);
+            const download *row = f.activas.rowAt(f.active.seleccionado());
+            const int header = frame->findChild<QWidget *>("headers")->height();
+            const bool inView = row && row->isVisible() &&
+                                row->y() >= header + frame->contentsRect().y() &&
+                                row->geometry().bottom() <= frame->contentsRect().bottom();
+            return f.active.seleccionado() * (inView ? 1 : -1);
+        };
+        QCOMPARE(press(Qt::Key_Up), 40); // from no row, upwards: the last
+        QCOMPARE(press(Qt::Key_Home), 1);
+        QCOMPARE(press(Qt::Key_Down), 3);
+        QCOMPARE(press(Qt::Key_End), 40);
+        QCOMPARE(press(Qt::Key_Down), 40);
+        QCOMPARE(press(Qt::Key_Up), 39);
+        QCOMPARE(press(Qt::Key_Home), 1);
+        QCOMPARE(press(Qt::Key_Up), 1);
+        // A click on a row gives the list the keyboard.
+        f.activas.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&f.activas));
+        clickRow(f.activas.rowAt(5));
+        QVERIFY(frame->hasFocus());
+        QTest::keyClick(frame, Qt::Key_Return);
+        QVERIFY(f.detail.isVisible());
+        QCOMPARE(texts(&f.detail, {"destino"}), QStringList{f.path("f5")});
+        QTest::keyClick(frame, Qt::Key_Menu);
+        QTRY_VERIFY(f.activas.menu()->isVisible());
+        f.activas.menu()->hide();
+    }
+
     // A double click on a row opens the one detail window for that download, which follows it
     // through its states, keeps the last texts once another download has taken its slot, and is
     // filled again on the next request; "*" stands for a size not known yet.
