@@ -7,7 +7,6 @@
 #include "linkdrop.h"
 
 #include <QAction>
-#include <QCursor>
 #include <QMenu>
 #include <QTimerEvent>
 #include <QToolBar>
@@ -41,10 +40,7 @@ ActiveWindow::ActiveWindow(ActiveList &list, DetailWindow &detail, QWidget *pare
     layout->addWidget(m_inf);
     resize(720, 420);
 
-    m_rows = std::make_unique<RowBinding<ActiveList>>(
-        list, *m_frame, [this](download &row, int index) { connectRow(row, index); });
-    connect(m_frame, &RowFrame::emptyClicked, this, [this] { select(0); });
-    m_rows->connectKeys(this, m_menu, [this](int index) { select(index); });
+    m_rows = std::make_unique<RowBinding<ActiveList>>(list, *m_frame, m_menu);
     connect(&list, &ActiveList::detailsChanged, this, &ActiveWindow::detailsChanged);
     connect(&list, &ActiveList::rowsChanged, this, &ActiveWindow::updateCommands);
     connect(&list, &ActiveList::downloadFinished, this, &ActiveWindow::updateCommands);
@@ -97,33 +93,6 @@ void ActiveWindow::buildCommands()
     connect(m_apagar, &QAction::toggled, &list, &ActiveList::setApagar);
 
     m_menu->addActions({m_continuar, m_pausar, m_cancelar, m_ejecutar, m_antivirus, m_propiedades});
-}
-
-void ActiveWindow::connectRow(download &row, int index)
-{
-    connect(&row, &download::Click, this, [this, index] { select(index); });
-    connect(&row, &download::MouseUp, this, [this, index](int button) {
-        if (button == 2)
-            showMenu(index);
-    });
-    connect(&row, &download::DblClick, this, [this, index] {
-        select(index);
-        if (m_list)
-            m_list->CallProp();
-    });
-}
-
-void ActiveWindow::select(int index)
-{
-    if (m_list)
-        m_list->setSeleccionado(index);
-}
-
-void ActiveWindow::showMenu(int index)
-{
-    select(index);
-    if (m_list && m_list->seleccionado() == index)
-        m_menu->popup(QCursor::pos());
 }
 
 void ActiveWindow::showDetails(int index)

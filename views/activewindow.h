@@ -39,9 +39,6 @@ protected:
 
 private:
     void buildCommands();
-    void connectRow(download &row, int index);
-    void select(int index);
-    void showMenu(int index);
     void showDetails(int index);
     void detailsChanged();
     void showSelection();

@@ -7,7 +7,6 @@
 #include "linkdrop.h"
 
 #include <QAction>
-#include <QCursor>
 #include <QMenu>
 #include <QToolBar>
 #include <QVBoxLayout>
@@ -34,10 +33,7 @@ InactiveWindow::InactiveWindow(InactiveList &list, ActiveList &active, DetailWin
     layout->addWidget(m_frame, 1);
     resize(720, 320);
 
-    m_rows = std::make_unique<RowBinding<InactiveList>>(
-        list, *m_frame, [this](download &row, int index) { connectRow(row, index); });
-    connect(m_frame, &RowFrame::emptyClicked, this, [this] { select(0); });
-    m_rows->connectKeys(this, m_menu, [this](int index) { select(index); });
+    m_rows = std::make_unique<RowBinding<InactiveList>>(list, *m_frame, m_menu);
     connect(&list, &InactiveList::rowsChanged, this, &InactiveWindow::updateCommands);
     connect(&list, &InactiveList::selectionChanged, this, &InactiveWindow::updateCommands);
     connect(&list, &InactiveList::propertiesRequested, this, [this](int index) {
@@ -74,29 +70,6 @@ void InactiveWindow::buildCommands()
     connect(m_propiedades, &QAction::triggered, &list, &InactiveList::CallProp);
 
     m_menu->addActions({m_continuar, m_cancelar, m_bloquear, m_propiedades});
-}
-
-void InactiveWindow::connectRow(download &row, int index)
-{
-    connect(&row, &download::Click, this, [this, index] { select(index); });
-    connect(&row, &download::MouseUp, this, [this, index](int button) {
-        if (button != 2)
-            return;
-        select(index);
-        if (m_list && m_list->seleccionado() == index)
-            m_menu->popup(QCursor::pos());
-    });
-    connect(&row, &download::DblClick, this, [this, index] {
-        select(index);
-        if (m_list)
-            m_list->CallProp();
-    });
-}
-
-void InactiveWindow::select(int index)
-{
-    if (m_list)
-        m_list->setSeleccionado(index);
 }
 
 void InactiveWindow::updateCommands()

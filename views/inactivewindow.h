@@ -31,8 +31,6 @@ public:
 
 private:
     void buildCommands();
-    void connectRow(download &row, int index);
-    void select(int index);
     void updateCommands();
 
     QPointer<InactiveList> m_list;
