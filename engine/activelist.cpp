@@ -225,7 +225,7 @@ void ActiveList::guardar_lista_activas()
     try {
         writer.commit(m_folder.file(QStringLiteral("activas.dwn")));
     } catch (const Failure &failure) {
-        showStatus(3, failure.description());
+        showStatus(StatusPanel::Mensajes, failure.description());
     }
 }
 
@@ -259,7 +259,7 @@ void ActiveList::setSeleccionado(int index)
     describeSelected();
 }
 
-void ActiveList::showStatus(int panel, const QString &text)
+void ActiveList::showStatus(StatusPanel panel, const QString &text)
 {
     Q_EMIT statusText(panel, text);
 }
@@ -303,7 +303,7 @@ void ActiveList::transferFinished(int index)
     row.DownloadEnd();
     row.setFinalizado(true);
     row.setPorcentaje(100);
-    showStatus(1, QStringLiteral("Finalizada la descarga de ") + slot.Data);
+    showStatus(StatusPanel::Mensajes, QStringLiteral("Finalizada la descarga de ") + slot.Data);
     m_notifier.playSound(QStringLiteral("notify.wav"));
     m_history.append(QStringLiteral("\r\nLa descarga de ") + slot.Data + QStringLiteral(" a ") +
                          slot.path + QStringLiteral(" ha finalizado tras ") +
@@ -329,12 +329,21 @@ void ActiveList::transferFinished(int index)
     pullFromQueue();
 }
 
+// A download that failed for good before its first byte leaves no empty file behind.
+void ActiveList::discardIfEmpty(int index)
+{
+    const QFileInfo file(m_slots[index].path);
+    if (file.isFile() && file.size() == 0)
+        QFile::remove(file.filePath());
+}
+
 void ActiveList::retriesExhausted(int index)
 {
     const DownloadSlot &slot = m_slots[index];
     m_rows[index]->setRedoend(true);
     const QString url = slot.Data;
     m_notifier.reportFailure(QStringLiteral("Se han agotado los intentos para ") + url);
+    discardIfEmpty(index);
     delfile(index, m_settings.delinc == 1);
     Q_EMIT downloadFailed(url);
     pullFromQueue();
@@ -342,6 +351,7 @@ void ActiveList::retriesExhausted(int index)
 
 void ActiveList::transferFailed(int index)
 {
+    discardIfEmpty(index);
     Q_EMIT downloadFailed(m_slots[index].Data);
 }
 

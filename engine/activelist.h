@@ -6,6 +6,7 @@
 #include "ftplogin.h"
 #include "notifier.h"
 #include "rowtable.h"
+#include "statuspanel.h"
 
 #include <QObject>
 #include <QTimer>
@@ -115,7 +116,7 @@ public:
     const Settings &settings() const { return m_settings; }
     Desktop &desktop() { return m_desktop; }
     Notifier &notifier() { return m_notifier; }
-    void showStatus(int panel, const QString &text);
+    void showStatus(StatusPanel panel, const QString &text);
     void showProgress(int index);
     static double progressPercent(const DownloadSlot &slot);
     void transferFinished(int index);
@@ -127,7 +128,7 @@ public:
     void setLoginCaption(const QString &caption) { m_loginCaption = caption; }
 
 Q_SIGNALS:
-    void statusText(int panel, const QString &text);
+    void statusText(StatusPanel panel, const QString &text);
     void rowsChanged();
     void rowRemoved(int index);
     void detailsChanged();
@@ -143,6 +144,7 @@ private:
     int nextFreeIndex() const;
     void unload(int index);
     void pullFromQueue();
+    void discardIfEmpty(int index);
     void describeSelected();
     QString remainingTime(int index) const;
     // The slot still holds the download that was asked about.

@@ -47,8 +47,9 @@ void ActiveList::updateTick()
     }
     const QString mean =
         total > 0 ? decimalText(double(total) / (rowCount() - 1)) : QStringLiteral("0");
-    showStatus(2, QStringLiteral("Vel. Total: ") + QString::number(total) +
-                      QStringLiteral("Kb/seg||Vel. Media: ") + mean + QStringLiteral(" Kb/seg"));
+    showStatus(StatusPanel::Velmedia, QStringLiteral("Vel. Total: ") + QString::number(total) +
+                                          QStringLiteral("Kb/seg||Vel. Media: ") + mean +
+                                          QStringLiteral(" Kb/seg"));
     Q_EMIT totalSpeed(total);
 }
 

@@ -46,7 +46,7 @@ void ChunkedDecoder::takeFraming(char byte)
     case State::Size:
         if (const int value = hexValue(byte); value >= 0)
             sizeDigit(value);
-        else if (m_hasDigits && (byte == ';' || byte == ' ' || byte == '\t'))
+        else if (m_digits > 0 && (byte == ';' || byte == ' ' || byte == '\t'))
             m_state = State::Extension;
         else if (byte == '\r')
             m_state = State::SizeLineFeed;
@@ -81,20 +81,20 @@ void ChunkedDecoder::takeFraming(char byte)
 
 void ChunkedDecoder::sizeDigit(int value)
 {
-    // Sizes beyond 2^60 bytes are no real download; refusing them keeps the sum in range.
-    if (m_left >> 56) {
-        m_state = State::Broken;
-        return;
-    }
+    // Servers send chunks of kilobytes: a size line of more than 16 digits, or a chunk larger
+    // than a terabyte, is no size at all, and what follows it is not the file.
+    constexpr int MaxDigits = 16;
+    constexpr qint64 MaxChunk = qint64(1) << 40;
     m_left = m_left * 16 + value;
-    m_hasDigits = true;
+    if (++m_digits > MaxDigits || m_left > MaxChunk)
+        m_state = State::Broken;
 }
 
 void ChunkedDecoder::sizeLineEnded()
 {
-    if (!m_hasDigits)
+    if (m_digits == 0)
         m_state = State::Broken;
     else
         m_state = m_left == 0 ? State::Done : State::Data;
-    m_hasDigits = false;
+    m_digits = 0;
 }

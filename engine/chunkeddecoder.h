@@ -36,5 +36,5 @@ private:
 
     State m_state = State::Size;
     qint64 m_left = 0; // the size being read, then the bytes of the chunk still to come
-    bool m_hasDigits = false;
+    int m_digits = 0;  // of the size line being read
 };

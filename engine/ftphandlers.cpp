@@ -135,7 +135,7 @@ void Transfer::ftpError(QAbstractSocket::SocketError error)
 {
     if (error == QAbstractSocket::RemoteHostClosedError)
         return;
-    m_list.showStatus(3, m_ftp.errorString());
+    m_list.showStatus(StatusPanel::Mensajes, m_ftp.errorString());
     closeFtp();
     m_file.close();
     armRedo();

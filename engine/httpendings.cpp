@@ -27,7 +27,7 @@ void Transfer::refuseCertificate()
     closeWs();
     m_file.close();
     row().setRedoend(true);
-    m_list.showStatus(3, text);
+    m_list.showStatus(StatusPanel::Mensajes, text);
     m_list.transferFailed(m_index);
     m_list.notifier().reportFailure(text);
 }
@@ -36,9 +36,9 @@ void Transfer::redirect(const QString &address)
 {
     m_handled = true;
     DownloadSlot &s = slot();
-    m_list.showStatus(1, QStringLiteral("El archivo ") + s.Data +
-                             QStringLiteral(" ha sido movido a ") + address +
-                             QStringLiteral(".Se reconectará a esa dirección"));
+    m_list.showStatus(StatusPanel::Mensajes, QStringLiteral("El archivo ") + s.Data +
+                                                 QStringLiteral(" ha sido movido a ") + address +
+                                                 QStringLiteral(".Se reconectará a esa dirección"));
     closeWs();
     m_file.close();
     row().setReconectando(true);
@@ -69,8 +69,9 @@ void Transfer::wsClosedByPeer()
 
 void Transfer::lost()
 {
-    m_list.showStatus(1, QStringLiteral("Se ha perdido la conexión con ") + slot().Data +
-                             QStringLiteral(" . Reconectando..."));
+    m_list.showStatus(StatusPanel::Mensajes, QStringLiteral("Se ha perdido la conexión con ") +
+                                                 slot().Data +
+                                                 QStringLiteral(" . Reconectando..."));
     row().setReconectando(true);
     closeWs();
     armRedo();
@@ -104,7 +105,7 @@ void Transfer::wsError(QAbstractSocket::SocketError error)
     // A certificate that fails the check fails the same way every time: final, like a 404.
     if (m_tls && !m_tls->sslHandshakeErrors().isEmpty())
         return refuseCertificate();
-    m_list.showStatus(1, ws().errorString());
+    m_list.showStatus(StatusPanel::Mensajes, ws().errorString());
     closeWs();
     m_file.close();
     armRedo();

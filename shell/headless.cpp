@@ -50,11 +50,12 @@ Headless::Headless(const ProgramFolder &folder, const QStringList &urls, QObject
         sigaction(SIGTERM, &action, nullptr);
     }
 
-    connect(&m_active, &ActiveList::statusText, this, [this](int panel, const QString &text) {
-        // The speed panel changes every second; the progress lines show it instead.
-        if (panel != 2)
-            m_desktop.say(text);
-    });
+    connect(&m_active, &ActiveList::statusText, this,
+            [this](StatusPanel panel, const QString &text) {
+                // The speed panel changes every second; the progress lines show it instead.
+                if (panel != StatusPanel::Velmedia)
+                    m_desktop.say(text);
+            });
     connect(&m_active, &ActiveList::downloadFinished, this, [this](const QString &path) {
         if (!m_terminal)
             m_out << "Terminada: " << path << Qt::endl;

@@ -1,5 +1,6 @@
 #include "mainactions.h"
 
+#include "commandbar.h"
 #include "icons.h"
 #include "recentdownloads.h"
 
@@ -126,6 +127,7 @@ void MainActions::buildToolbar(QMainWindow &window)
     m_barra = window.addToolBar(QStringLiteral("Barra de herramientas"));
     m_barra->setObjectName(QStringLiteral("barra"));
     m_barra->setMovable(false);
+    nameOverflowButton(m_barra);
     for (const ToolbarButton &button : Buttons) {
         const QString toolTip = QString::fromUtf8(button.toolTip);
         QAction *action = *button.action ? m_actions.value(QLatin1String(button.action))

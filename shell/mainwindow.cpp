@@ -72,7 +72,11 @@ void MainWindow::buildQuickBar()
 
     connect(m_addquick, &QPushButton::clicked, this,
             [this] { Q_EMIT quickAddRequested(m_quickadd->currentText()); });
-    // Enter is taken here: the box would hand it on and the address would be added twice.
+    // Enter is taken before the box sees it: the line edit would pass it back to the box, which
+    // hands it to the line edit again, and the address would be added twice. On a real display
+    // the key reaches the box, which has the focus and calls its line edit directly, past any
+    // filter of the line edit's own; a key sent to the line edit itself is taken there.
+    m_quickadd->installEventFilter(this);
     m_quickadd->lineEdit()->installEventFilter(this);
 }
 
@@ -90,25 +94,28 @@ void MainWindow::buildStatusBar()
         const auto &[name, text, toolTip] = panels[i];
         auto *panel = new QLabel(text, estado);
         panel->setObjectName(QLatin1String(name));
+        // A screen reader reads the panel's text as its name, and the tooltip after it.
         panel->setToolTip(toolTip);
-        panel->setAccessibleName(toolTip);
-        // Long messages are cut at the panel's edge instead of widening the window.
-        panel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-        panel->setMinimumWidth(60);
+        panel->setAccessibleDescription(toolTip);
         m_panels[i] = panel;
     }
-    // The speeds take the width of their longest reading; the two message panels share the rest.
-    m_panels[1]->setMinimumWidth(m_panels[1]->fontMetrics().horizontalAdvance(
-        QStringLiteral("Vel. Total: 99999Kb/seg||Vel. Media: 9999.99 Kb/seg  ")));
-    estado->addWidget(m_panels[0], 3);
+    // The count and the speeds take the width of their longest readings; the messages the rest,
+    // cut at its edge rather than widening the window.
+    const auto fit = [](QLabel *panel, const QString &longest) {
+        panel->setMinimumWidth(panel->fontMetrics().horizontalAdvance(longest));
+    };
+    fit(m_panels[0], QStringLiteral("40/80  "));
+    fit(m_panels[1], QStringLiteral("Vel. Total: 99999Kb/seg||Vel. Media: 9999.99 Kb/seg  "));
+    m_panels[2]->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    m_panels[2]->setMinimumWidth(60);
+    estado->addWidget(m_panels[0], 0);
     estado->addWidget(m_panels[1], 0);
-    estado->addWidget(m_panels[2], 2);
+    estado->addWidget(m_panels[2], 1);
 }
 
-void MainWindow::setPanelText(int panel, const QString &text)
+void MainWindow::setPanelText(StatusPanel panel, const QString &text)
 {
-    if (panel >= descargas && panel <= mensajes)
-        m_panels[panel - 1]->setText(text);
+    m_panels[int(panel)]->setText(text);
 }
 
 QAction *MainWindow::switchAction(ViewSwitches::Switch which) const
@@ -158,7 +165,8 @@ void MainWindow::bringForward(ViewSwitches::Switch which)
 
 bool MainWindow::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_quickadd->lineEdit() && event->type() == QEvent::KeyPress) {
+    if ((watched == m_quickadd || watched == m_quickadd->lineEdit()) &&
+        event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent *>(event)->key();
         if (key == Qt::Key_Return || key == Qt::Key_Enter) {
             Q_EMIT quickAddRequested(m_quickadd->currentText());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "statuspanel.h"
 #include "viewswitches.h"
 
 #include <QMainWindow>
@@ -23,13 +24,6 @@ class MainWindow final : public QMainWindow
     Q_DISABLE_COPY_MOVE(MainWindow)
 
 public:
-    enum Panel
-    {
-        descargas = 1,
-        velmedia,
-        mensajes
-    };
-
     explicit MainWindow(QWidget *parent = nullptr);
 
     MainActions &actions() { return *m_actions; }
@@ -51,7 +45,7 @@ public:
     // A few windows one above the other, more of them in a grid.
     void arrange();
 
-    void setPanelText(int panel, const QString &text);
+    void setPanelText(StatusPanel panel, const QString &text);
 
     // True once shutdown has begun (`getunload`).
     bool getunload() const { return m_closing; }

@@ -27,7 +27,7 @@ void Program::wireMenus()
         if (m_quick.newurl(QGuiApplication::clipboard()->text()).isEmpty())
             return;
         const int running = m_active.rowCount() - 1;
-        m_main->setPanelText(MainWindow::descargas,
+        m_main->setPanelText(StatusPanel::Descargas,
                              QString::number(running) + QLatin1Char('/') +
                                  QString::number(running + m_inactive.rowCount() - 1));
     });

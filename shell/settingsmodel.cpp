@@ -76,6 +76,12 @@ QString SettingsModel::defaultDownloadFolder() const
 
 bool SettingsModel::load()
 {
+    // No file at all is a first start, not an error: the built-in values apply and are written
+    // down at once, so the download folder and the extensions are on disk from the start.
+    if (!QFileInfo::exists(filePath())) {
+        Q_EMIT changed();
+        return write();
+    }
     QString error;
     try {
         if (!QFileInfo(filePath()).isFile())
@@ -166,7 +172,11 @@ bool SettingsModel::save()
     m_history.append(QStringLiteral("\r\nConfiguración cambiada a las ") +
                          timeText(QDateTime::currentDateTime()),
                      HistoryColour::Blue);
+    return write();
+}
 
+bool SettingsModel::write()
+{
     const Settings &s = m_settings;
     TextFileWriter writer;
     writer.line(s.defdir);

@@ -34,7 +34,8 @@ public:
     QString filePath() const;
     static std::span<const SpinSetting> spins();
 
-    // Reads the file; on the first error tells the person and keeps what was read so far.
+    // Reads the file; on the first error tells the person and keeps what was read so far. Without
+    // a file, writes one of the built-in values.
     bool load();
     // Logs the change and writes the file; on failure tells the person.
     bool save();
@@ -53,6 +54,7 @@ Q_SIGNALS:
 
 private:
     void read(TextFileReader &reader);
+    bool write();
     void readCheck(TextFileReader &reader, int Settings::*field);
     void readSpin(TextFileReader &reader, const SpinSetting &spin);
     void readOption(TextFileReader &reader, bool Settings::*field);

@@ -21,6 +21,7 @@ QToolBar *makeToolbar(QWidget *parent)
     toolbar->setObjectName(QStringLiteral("opciones"));
     toolbar->setToolButtonStyle(Qt::ToolButtonIconOnly);
     toolbar->setIconSize(QSize(22, 22));
+    nameOverflowButton(toolbar);
     return toolbar;
 }
 
@@ -30,4 +31,11 @@ void addButton(QToolBar *toolbar, QAction *command, const char *key)
     QWidget *button = toolbar->widgetForAction(command);
     button->setObjectName(QLatin1String(key));
     button->setAccessibleName(command->toolTip());
+}
+
+void nameOverflowButton(QToolBar *toolbar)
+{
+    // The arrow that shows the buttons a narrow window leaves out has no tooltip of its own.
+    if (auto *more = toolbar->findChild<QToolButton *>(QStringLiteral("qt_toolbar_ext_button")))
+        more->setAccessibleName(QStringLiteral("Más botones"));
 }

@@ -16,3 +16,5 @@ QToolBar *makeToolbar(QWidget *parent);
 // Adds the command as a button named `key`; its accessible name is its tooltip, so a screen
 // reader says what the icon shows.
 void addButton(QToolBar *toolbar, QAction *command, const char *key);
+// Gives the arrow of a toolbar too narrow for its buttons a name a screen reader can say.
+void nameOverflowButton(QToolBar *toolbar);

@@ -419,7 +419,7 @@ void TestLists::speeds()
     f.active.updateTick();
     QCOMPARE(a.velocidad, 150);
     QCOMPARE(b.velocidad, 100); // 100.5 rounds to even
-    QCOMPARE(status.last().at(0).toInt(), 2);
+    QCOMPARE(status.last().at(0).value<StatusPanel>(), StatusPanel::Velmedia);
     QCOMPARE(status.last().at(1).toString(),
              QStringLiteral("Vel. Total: 250Kb/seg||Vel. Media: 83.33 Kb/seg"));
     QCOMPARE(f.active.details().velmedia, QStringLiteral("150 Kb/seg"));

@@ -5,6 +5,7 @@
 
 #include <QLocalSocket>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QSysInfo>
 #include <QTest>
 
@@ -39,6 +40,7 @@ class TestProgram : public QObject
 
 private Q_SLOTS:
     void downloadsTakesOverAndLeaves();
+    void keyboardAndScreenReader();
     void browserLinks();
 };
 
@@ -100,6 +102,48 @@ void TestProgram::downloadsTakesOverAndLeaves()
     QCOMPARE(home.read("quick.lst"), QByteArray());
     QCOMPARE(home.read("activas.dwn"), QByteArray());
     QCOMPARE(server.requests().size(), 3);
+}
+
+void TestProgram::keyboardAndScreenReader()
+{
+    // setup: an empty program folder, as a new user has; a server that sends a little and then
+    // nothing, so the download is still there at the end
+    XServer x;
+    QVERIFY2(x.start(), qPrintable(x.error()));
+    SettingsFixture home;
+    ScriptedHttpServer server([](const QByteArray &request, int) {
+        HttpReply reply = ScriptedHttpServer::file(Content, request, true);
+        reply.dropAfter = 1000;
+        reply.stall = true;
+        return reply;
+    });
+    const QString url = server.url("x.wav");
+
+    // action: a click into the quick-add box, the address typed, Enter; the accessibility tree
+    // read as a screen reader does
+    QProcess reader;
+    reader.setProcessEnvironment(x.environment());
+    reader.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    reader.start("dbus-run-session",
+                 {"--", "/usr/bin/python3",
+                  qEnvironmentVariable("CORVANE_SOURCE_DIR") + "/tests/shell/screenreader.py",
+                  Program, home.folder(), url});
+    QVERIFY(reader.waitForFinished(90000));
+    QCOMPARE(reader.exitCode(), 0);
+    const QStringList said = QString::fromUtf8(reader.readAllStandardOutput()).split('\n');
+
+    // verify: the row is there and kept in the list; each panel is read by its text, with its
+    // tooltip after it
+    // A first start asks nothing (a question would have taken the keys) and writes the settings.
+    QVERIFY2(said.contains("row|" + url), qPrintable(said.join('\n')));
+    QVERIFY(QFile::exists(home.path("corvane.ini")));
+    QVERIFY(home.read("activas.dwn").startsWith(QByteArray(url.toUtf8() + "\r\n")));
+    const QStringList panels = said.filter(QRegularExpression("^panel\\|"));
+    const QRegularExpression expected(
+        "^panel\\|\\d+/\\d+\\|Número de descargas activas/Descargas totales\n"
+        "panel\\|(0 Kb/s|Vel\\. Total: \\d+Kb/seg\\|\\|Vel\\. Media: .* Kb/seg)\\|Velocidad media\n"
+        "panel\\|.*\\|Mensajes$");
+    QVERIFY2(expected.match(panels.join('\n')).hasMatch(), qPrintable(panels.join('\n')));
 }
 
 void TestProgram::browserLinks()

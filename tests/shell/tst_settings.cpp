@@ -133,11 +133,12 @@ void TestSettings::reading_data()
     QTest::addColumn<QString>("message");      // the one critical message, empty for none
 
     const QString pastEnd = "Se ha sobrepasado el final del archivo";
-    QTest::newRow("missing file")
-        << QStringList()
-        << QStringList{"defdir=%DIR%/download/", "histrut=%DIR%/historial.rtf", "segsv=5",
-                       "initstart=1", "ext=" + DefaultExt}
-        << "No se encuentra el archivo de configuración %DIR%/corvane.ini";
+    // A first start: the built-in values, written down at once, without a word.
+    QTest::newRow("missing file") << QStringList()
+                                  << QStringList{"defdir=%DIR%/download/",
+                                                 "histrut=%DIR%/historial.rtf", "segsv=5",
+                                                 "initstart=1", "ext=" + DefaultExt}
+                                  << QString();
     QTest::newRow("21 lines leave ext empty")
         << fullFile() << QStringList{"defdir=/srv/bajadas/", "histrut=/srv/historial.rtf", "ext="}
         << "";
@@ -206,6 +207,8 @@ void TestSettings::reading()
              message.isEmpty() ? QStringList() : QStringList{"messageBox|Critical|" + message});
     QCOMPARE(changed.count(), 1);
     QCOMPARE(&f.model.settings(), live);
+    QVERIFY(QFile::exists(f.path("corvane.ini")));
+    QCOMPARE(f.history.lines, QStringList());
     const QMap<QString, QString> actual = describe(f.model.settings());
     for (QString item : expected) {
         item.replace("%DIR%", f.folder());
