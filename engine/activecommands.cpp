@@ -3,10 +3,8 @@
 #include "desktop.h"
 #include "historysink.h"
 #include "inactivelist.h"
-#include "listrecord.h"
 #include "settings.h"
 #include "texts.h"
-#include "transfer.h"
 
 #include <QTime>
 #include <cmath>
@@ -23,77 +21,84 @@ QString timeOfDay()
 ActiveCommands ActiveList::enabledCommands() const
 {
     ActiveCommands commands;
-    if (!hasRow(m_selected))
+    if (!existe(m_selected))
         return commands;
-    const DownloadRow &row = *m_rows[m_selected];
-    const bool finished = row.finalizado();
+    const DownloadStatus status = m_slots[m_selected].record.status;
+    const bool finished = status == DownloadStatus::Finished;
     commands.open = commands.antivirus = finished;
     commands.detener = commands.pausar = !finished;
-    commands.continuar = row.redoend();
+    commands.continuar = status == DownloadStatus::Exhausted;
     commands.propiedades = true;
     return commands;
 }
 
 std::optional<DownloadInfo> ActiveList::detallado(int index) const
 {
-    if (!existe(index) || !m_rows[index])
+    if (!existe(index))
         return std::nullopt;
-    const DownloadSlot &slot = m_slots[index];
-    const DownloadRow &row = *m_rows[index];
-    QString estado = DownloadState::Running;
-    if (row.finalizado())
+    const DownloadSlot &record = m_slots[index].record;
+    QString estado;
+    switch (record.status) {
+    case DownloadStatus::Finished:
         estado = DownloadState::Finished;
-    else if (row.redoend())
+        break;
+    case DownloadStatus::Exhausted:
         estado = DownloadState::Exhausted;
-    else if (row.reconectando())
+        break;
+    case DownloadStatus::Connecting:
         estado = DownloadState::Connecting;
+        break;
+    case DownloadStatus::Running:
+        estado = DownloadState::Running;
+        break;
+    }
     // `bytes` is the position of the next byte to write.
-    ListRecord record;
-    record.Data = slot.Data;
-    record.path = slot.path;
-    record.total = slot.total;
-    record.bytes = std::max<qint64>(slot.bytes - 1, 0);
-    record.tiempo = slot.tiempo;
-    record.allowredo = slot.allowredo;
-    return describeDownload(record, estado);
+    ListRecord shown;
+    shown.Data = record.Data;
+    shown.path = record.path;
+    shown.total = record.total;
+    shown.bytes = std::max<qint64>(record.bytes - 1, 0);
+    shown.tiempo = record.tiempo;
+    shown.allowredo = record.allowredo;
+    return describeDownload(shown, estado);
 }
 
 QString ActiveList::remainingTime(int index) const
 {
-    const DownloadSlot &slot = m_slots[index];
-    if (m_rows[index] && m_rows[index]->finalizado())
+    const DownloadSlot &record = m_slots[index].record;
+    if (record.status == DownloadStatus::Finished)
         return QStringLiteral("00:00");
-    if (slot.velocidad < 1 || slot.total <= 0)
+    if (record.velocidad < 1 || record.total <= 0)
         return QStringLiteral("*");
-    return elapsedText(std::llround(double(slot.total - slot.bytes) / 1024.0 / slot.velocidad));
+    return elapsedText(
+        std::llround(double(record.total - record.bytes) / 1024.0 / record.velocidad));
 }
 
 void ActiveList::describeSelected()
 {
     m_details = DownloadDetails();
     m_progressPending = false;
-    if (hasRow(m_selected)) {
-        const DownloadSlot &slot = m_slots[m_selected];
-        m_details.inf = QStringLiteral("Información detallada de ") + slot.path;
-        m_details.velmedia = QString::number(slot.velocidad) + QStringLiteral(" Kb/seg");
-        m_details.tiempou = elapsedText(slot.tiempo);
-        m_details.tiemporest = remainingTime(m_selected);
-        m_details.urlt = slot.Data;
-        m_details.porcientot =
-            slot.total > 0
-                ? QString::number(std::llround(double(slot.bytes) / double(slot.total) * 100.0)) +
-                      QLatin1Char('%')
-                : QStringLiteral("*");
-        m_details.bytest = QString::number(std::max<qint64>(slot.bytes - 1, 0)) + QLatin1Char('/') +
-                           QString::number(slot.total);
-        m_details.allowredoc = slot.allowredo;
-    }
-    Q_EMIT detailsChanged();
+    if (!existe(m_selected))
+        return;
+    const DownloadSlot &record = m_slots[m_selected].record;
+    m_details.inf = QStringLiteral("Información detallada de ") + record.path;
+    m_details.velmedia = QString::number(record.velocidad) + QStringLiteral(" Kb/seg");
+    m_details.tiempou = elapsedText(record.tiempo);
+    m_details.tiemporest = remainingTime(m_selected);
+    m_details.urlt = record.Data;
+    m_details.porcientot =
+        record.total > 0
+            ? QString::number(std::llround(double(record.bytes) / double(record.total) * 100.0)) +
+                  QLatin1Char('%')
+            : QStringLiteral("*");
+    m_details.bytest = QString::number(std::max<qint64>(record.bytes - 1, 0)) + QLatin1Char('/') +
+                       QString::number(record.total);
+    m_details.allowredoc = record.allowredo;
 }
 
 bool ActiveList::holds(int index, const QString &path) const
 {
-    return existe(index) && m_rows[index] && m_slots[index].path == path;
+    return existe(index) && m_slots[index].record.path == path;
 }
 
 void ActiveList::logLine(const QString &text, quint32 colour)
@@ -106,7 +111,7 @@ void ActiveList::CallCancel()
     if (!enabledCommands().detener)
         return;
     const int i = m_selected;
-    const QString path = m_slots[i].path;
+    const QString path = m_slots[i].record.path;
     if (!m_desktop.askYesNo(QStringLiteral("¿Seguro que desea cancelar la transferencia de ") +
                             path + QLatin1Char('?')))
         return;
@@ -123,8 +128,8 @@ void ActiveList::CallPause()
     if (!enabledCommands().pausar || !m_inactive)
         return;
     const int i = m_selected;
-    const QString path = m_slots[i].path;
-    if (!m_slots[i].allowredo &&
+    const QString path = m_slots[i].record.path;
+    if (!m_slots[i].record.allowredo &&
         !m_desktop.askYesNo(QStringLiteral(
             "Advertencia: Este servidor no soporta la reanudación de descargas, así que "
             "empezará de cero la próxima vez. ¿Desea pausar la descarga de todas formas?")))
@@ -138,7 +143,7 @@ void ActiveList::CallPause()
         return;
     logLine(QStringLiteral("Pausada la descarga de ") + path + QStringLiteral(" a las ") +
                 timeOfDay() + QStringLiteral(" cuando llevaba descargado ") +
-                QString::number(m_slots[i].bytes) + QStringLiteral(" bytes"),
+                QString::number(m_slots[i].record.bytes) + QStringLiteral(" bytes"),
             HistoryColour::Black);
     // The partial file stays for the resume.
     delfile(i, false);
@@ -149,20 +154,16 @@ void ActiveList::CallContinue()
     if (!enabledCommands().continuar)
         return;
     const int i = m_selected;
-    m_rows[i]->setRedoend(false);
-    Transfer &transfer = *m_transfers[i];
-    transfer.setRedoBudget(m_settings.vecesv);
-    transfer.stop();
-    m_rows[i]->setReconectando(true);
-    transfer.start();
+    m_slots[i].transfer->restart(m_settings.vecesv);
     describeSelected();
+    Q_EMIT changed(i);
 }
 
 void ActiveList::CallExe()
 {
     if (!enabledCommands().open)
         return;
-    const QString path = m_slots[m_selected].path;
+    const QString path = m_slots[m_selected].record.path;
     m_desktop.openFile(path);
     logLine(QStringLiteral("Ejecutado el archivo ") + path + QStringLiteral(" a las ") +
                 timeOfDay(),
@@ -178,7 +179,7 @@ void ActiveList::CallAntiv()
                              Desktop::Icon::Exclamation);
         return;
     }
-    m_desktop.startProgram(m_settings.virus + QLatin1Char(' ') + m_slots[m_selected].path);
+    m_desktop.startProgram(m_settings.virus + QLatin1Char(' ') + m_slots[m_selected].record.path);
 }
 
 void ActiveList::CallProp()

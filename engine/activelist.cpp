@@ -4,11 +4,9 @@
 #include "failure.h"
 #include "historysink.h"
 #include "inactivelist.h"
-#include "listrecord.h"
 #include "settings.h"
 #include "textfile.h"
 #include "texts.h"
-#include "transfer.h"
 #include "urls.h"
 
 #include <QFile>
@@ -17,24 +15,26 @@
 
 namespace {
 
-// Rows and transfers may be removed from inside one of their own handlers; they go once the
-// handler has returned.
-template <typename T> void disposeLater(QObject *context, std::unique_ptr<T> &owner)
+ListRecord savedRecord(const DownloadSlot &record)
 {
-    if (!owner)
-        return;
-    std::shared_ptr<T> last(owner.release());
-    QMetaObject::invokeMethod(
-        context, [last] {}, Qt::QueuedConnection);
+    return ListRecord{record.Data,      record.path,   record.total, record.bytes, record.tiempo,
+                      record.allowredo, record.usernm, record.passw, record.rememb};
 }
 
 } // namespace
 
 ActiveList::ActiveList(const Settings &settings, Desktop &desktop, HistorySink &history,
-                       const ProgramFolder &folder, RowFactory rows, QObject *parent)
-    : QObject(parent), m_settings(settings), m_desktop(desktop), m_history(history),
-      m_folder(folder), m_notifier(settings, desktop, folder), m_makeRow(std::move(rows))
+                       const ProgramFolder &folder, QObject *parent)
+    : DownloadList(parent), m_settings(settings), m_desktop(desktop), m_history(history),
+      m_folder(folder), m_notifier(settings, desktop, folder), m_login(desktop, m_notifier)
 {
+    for (int i = 0; i < SlotCount; ++i) {
+        m_slots[i].list = this;
+        m_slots[i].index = i;
+    }
+    m_progressNotice.setSingleShot(true);
+    m_progressNotice.setInterval(ProgressNoticeMs);
+    connect(&m_progressNotice, &QTimer::timeout, this, &DownloadList::progressed);
     m_tiempotrans.setInterval(1000);
     m_update.setInterval(1000);
     m_shutdown.setInterval(2000);
@@ -50,9 +50,9 @@ ActiveList::~ActiveList()
 
 void ActiveList::stopAll()
 {
-    for (auto &transfer : m_transfers) {
-        if (transfer)
-            transfer->stop();
+    for (const Slot &slot : m_slots) {
+        if (slot.transfer)
+            slot.transfer->stop();
     }
 }
 
@@ -66,68 +66,78 @@ void ActiveList::startTimers()
 int ActiveList::nextFreeIndex() const
 {
     for (int i = 1; i < SlotCount; ++i) {
-        if (!m_rows[i])
+        if (!m_slots[i].record.activa)
             return i;
     }
     throw Failure(QStringLiteral("No queda sitio en la lista"));
 }
 
-bool ActiveList::hasRow(int index) const
+bool ActiveList::existe(int index) const
 {
-    return index > 0 && index < SlotCount && m_rows[index];
+    return index > 0 && index < SlotCount && m_slots[index].record.activa;
 }
 
-int ActiveList::addnew(const QString &Data, const QString &path, qint64 total, qint64 bytes,
-                       bool allowredo, qint64 tiempo, bool loading, const QString &usernm,
-                       const QString &passw, bool rememb)
+int ActiveList::rowCount() const
+{
+    int count = 1;
+    for (int i = 1; i < SlotCount; ++i)
+        count += m_slots[i].record.activa ? 1 : 0;
+    return count;
+}
+
+int ActiveList::highestIndex() const
+{
+    for (int i = SlotCount - 1; i > 0; --i) {
+        if (m_slots[i].record.activa)
+            return i;
+    }
+    return 0;
+}
+
+int ActiveList::addnew(const ListRecord &download, Loading loading)
 {
     int i = 0;
     try {
         i = nextFreeIndex();
-        m_rows[i] = m_makeRow(i);
-        DownloadRow &row = *m_rows[i];
-        row.setArchivo(path);
-        row.setUrl(Data);
-
-        DownloadSlot &slot = m_slots[i];
-        slot = DownloadSlot();
-        slot.path = path;
-        slot.Data = Data;
-        slot.bytes = slot.bytesinicio = bytes;
-        slot.total = total;
-        slot.tiempo = slot.tiempoinicio = tiempo;
-        slot.usernm = usernm;
-        slot.passw = passw;
-        slot.rememb = rememb;
-
-        m_transfers[i] = std::make_unique<Transfer>(*this, i, m_settings.vecesv);
-        if (!m_transfers[i]->aim()) {
-            // The person has been told "Dirección incorrecta."; the add is undone silently.
-            m_transfers[i].reset();
-            m_rows[i].reset();
+        // An address that is no address has been refused with "Dirección incorrecta."; the add
+        // is undone silently.
+        if (HostOf(download.Data, m_desktop) == HostError)
             return 0;
-        }
-        slot.allowredo = allowredo;
-        slot.activa = true;
+        Slot &slot = m_slots[i];
+        DownloadSlot &record = slot.record;
+        record = DownloadSlot();
+        record.path = download.path;
+        record.Data = download.Data;
+        record.bytes = record.bytesinicio = download.bytes;
+        record.total = download.total;
+        record.tiempo = record.tiempoinicio = download.tiempo;
+        record.usernm = download.usernm;
+        record.passw = download.passw;
+        record.rememb = download.rememb;
+        record.allowredo = download.allowredo;
+        slot.url = download.Data;
+        slot.progressShown = false;
+        slot.transfer = Transfer::make(record, slot,
+                                       TransferContext{m_settings, m_desktop, m_notifier, m_login},
+                                       m_settings.vecesv)
+                            .release();
+        slot.transfer->setParent(this);
+        record.activa = true;
         // A saved download of known size that is already all there is not started again. A
         // new download (no size yet) is of course started.
-        if (total != 0 && total == bytes)
-            row.DownloadEnd();
+        if (download.total != 0 && download.total == download.bytes)
+            record.status = DownloadStatus::Finished;
         else
-            m_transfers[i]->start();
-        row.setToolTip(QStringLiteral("Descargando ") + Data + QStringLiteral(" a ") + path);
-        row.setReconectando(true);
-        Q_EMIT rowsChanged();
-        if (!loading)
+            slot.transfer->start();
+        Q_EMIT added(i);
+        if (loading == Loading::No)
             guardar_lista_activas();
         return i;
     } catch (const Failure &) {
-        if (i > 0) {
-            m_transfers[i].reset();
-            m_rows[i].reset();
-            m_slots[i].activa = false;
-        }
-        m_desktop.messageBox(QStringLiteral("No se ha podido agregar el archivo:\r\n") + Data,
+        if (i > 0)
+            m_slots[i].record.activa = false;
+        m_desktop.messageBox(QStringLiteral("No se ha podido agregar el archivo:\r\n") +
+                                 download.Data,
                              Desktop::Icon::Critical);
         return 0;
     }
@@ -141,34 +151,36 @@ void ActiveList::AgregarArrastrando(const QString &url)
         login = m_desktop.askFtpLogin(LoginCaption, FtpCredentials());
     if (path.isEmpty())
         return;
-    // The template row is counted, so one download fewer than the setting runs at once.
-    if (rowCount() >= m_settings.maxdescval) {
-        if (m_inactive && m_inactive->rowCount() < SlotCount)
-            m_inactive->addnew(url, path, 0, 0, false, 0, false, login.usernm, login.passw,
-                               login.rememb, false);
-        else
-            m_desktop.messageBox(QStringLiteral("Se ha alcanzado el máximo de descargas en cola."),
-                                 Desktop::Icon::Critical);
-        return;
-    }
-    addnew(url, path, 0, 0, false, 0, false, login.usernm, login.passw, login.rememb);
+    const ListRecord download{.Data = url,
+                              .path = path,
+                              .usernm = login.usernm,
+                              .passw = login.passw,
+                              .rememb = login.rememb};
+    // The unused slot 0 is counted, so one download fewer than the setting runs at once.
+    if (rowCount() < m_settings.maxdescval)
+        addnew(download);
+    else if (m_inactive && m_inactive->rowCount() < SlotCount)
+        m_inactive->addnew(download);
+    else
+        m_desktop.messageBox(QStringLiteral("Se ha alcanzado el máximo de descargas en cola."),
+                             Desktop::Icon::Critical);
 }
 
-bool ActiveList::existe(int index) const
-{
-    return index > 0 && index < SlotCount && m_slots[index].activa;
-}
-
+// The transfer may be removed from inside one of its own handlers: it goes once that returned.
 void ActiveList::unload(int index)
 {
-    if (m_transfers[index])
-        m_transfers[index]->stop();
-    disposeLater(this, m_transfers[index]);
-    if (m_rows[index])
-        Q_EMIT rowRemoved(index);
-    disposeLater(this, m_rows[index]);
+    Slot &slot = m_slots[index];
+    if (slot.transfer) {
+        slot.transfer->stop();
+        slot.transfer->deleteLater();
+        slot.transfer = nullptr;
+    }
+    const bool shown = slot.record.activa;
+    slot.record.activa = false;
     if (m_selected == index)
         setSeleccionado(0);
+    if (shown)
+        Q_EMIT removed(index);
 }
 
 void ActiveList::delfile(int index, bool borrar)
@@ -176,13 +188,11 @@ void ActiveList::delfile(int index, bool borrar)
     if (index <= 0 || index >= SlotCount)
         return;
     unload(index);
-    DownloadSlot &slot = m_slots[index];
-    slot.activa = false;
-    slot.tiempoinicio = 0;
-    slot.bytesinicio = 0;
-    if (borrar && QFileInfo::exists(slot.path))
-        QFile::remove(slot.path);
-    Q_EMIT rowsChanged();
+    DownloadSlot &record = m_slots[index].record;
+    record.tiempoinicio = 0;
+    record.bytesinicio = 0;
+    if (borrar && QFileInfo::exists(record.path))
+        QFile::remove(record.path);
     guardar_lista_activas();
 }
 
@@ -190,9 +200,7 @@ void ActiveList::toinact(int index)
 {
     if (!existe(index) || !m_inactive)
         return;
-    const DownloadSlot &slot = m_slots[index];
-    m_inactive->addnew(slot.Data, slot.path, slot.total, slot.bytes, slot.allowredo, slot.tiempo,
-                       false, slot.usernm, slot.passw, slot.rememb, false);
+    m_inactive->addnew(savedRecord(m_slots[index].record));
     guardar_lista_activas();
 }
 
@@ -201,31 +209,26 @@ void ActiveList::delend()
     for (int i = 0; i <= highestIndex(); ++i) {
         if (i == m_selected)
             setSeleccionado(0);
-        if (m_slots[i].activa && m_rows[i] && m_rows[i]->finalizado()) {
+        DownloadSlot &record = m_slots[i].record;
+        if (record.activa && record.status == DownloadStatus::Finished) {
             unload(i);
-            m_slots[i].path.clear();
-            m_slots[i].activa = false;
+            record.path.clear();
         }
     }
-    Q_EMIT rowsChanged();
 }
 
 void ActiveList::guardar_lista_activas()
 {
     TextFileWriter writer;
     for (int i = 1; i <= highestIndex(); ++i) {
-        const DownloadSlot &slot = m_slots[i];
-        if (!slot.activa || !m_rows[i] || m_rows[i]->finalizado())
-            continue;
-        writeRecord(writer,
-                    ListRecord{slot.Data, slot.path, slot.total, slot.bytes, slot.tiempo,
-                               slot.allowredo, slot.usernm, slot.passw, slot.rememb, false},
-                    ListKind::Active);
+        const DownloadSlot &record = m_slots[i].record;
+        if (record.activa && record.status != DownloadStatus::Finished)
+            writeRecord(writer, savedRecord(record), ListKind::Active);
     }
     try {
         writer.commit(m_folder.file(QStringLiteral("activas.dwn")));
     } catch (const Failure &failure) {
-        showStatus(StatusPanel::Mensajes, failure.description());
+        Q_EMIT statusText(StatusPanel::Mensajes, failure.description());
     }
 }
 
@@ -237,10 +240,10 @@ void ActiveList::load()
     try {
         TextFileReader reader = TextFileReader::open(path);
         while (!reader.atEnd()) {
-            const ListRecord record = readRecord(reader, ListKind::Active);
+            ListRecord record = readRecord(reader, ListKind::Active);
             // The saved time is dropped on purpose: elapsed time starts again after a restart.
-            addnew(record.Data, record.path, record.total, record.bytes, record.allowredo, 0, true,
-                   record.usernm, record.passw, record.rememb);
+            record.tiempo = 0;
+            addnew(record, Loading::Yes);
         }
     } catch (const Failure &failure) {
         m_desktop.messageBox(QStringLiteral("Error al cargar lista de activas: ") +
@@ -251,30 +254,41 @@ void ActiveList::load()
 
 void ActiveList::setSeleccionado(int index)
 {
-    if (hasRow(m_selected))
-        m_rows[m_selected]->setSelected(false);
-    m_selected = hasRow(index) ? index : 0;
-    if (m_selected)
-        m_rows[m_selected]->setSelected(true);
+    m_selected = existe(index) ? index : 0;
     describeSelected();
+    Q_EMIT selectionChanged();
 }
 
-void ActiveList::showStatus(StatusPanel panel, const QString &text)
+RowContent ActiveList::row(int index) const
 {
-    Q_EMIT statusText(panel, text);
+    const Slot &slot = m_slots.at(index);
+    const DownloadSlot &record = slot.record;
+    RowContent row;
+    row.archivo = record.path;
+    row.url = slot.url;
+    row.toolTip = QStringLiteral("Descargando ") + slot.url + QStringLiteral(" a ") + record.path;
+    if (slot.progressShown)
+        row.bytes = sizeText(record.bytes, SizeUnits::FromThreshold);
+    if (record.status == DownloadStatus::Finished)
+        row.porcentaje = 100;
+    else if (record.total > 0)
+        row.porcentaje = int(std::nearbyint(progressPercent(record)));
+    row.status = record.status;
+    return row;
 }
 
-void ActiveList::showProgress(int index)
+void ActiveList::Slot::progressed()
 {
-    const DownloadSlot &slot = m_slots[index];
-    DownloadRow &row = *m_rows[index];
-    row.setBytes(slot.bytes, SizeUnits::FromThreshold);
-    if (slot.total > 0)
-        row.setPorcentaje(int(std::nearbyint(progressPercent(slot))));
-    if (index == m_selected) {
-        m_progressPending = true;
-        Q_EMIT detailsChanged();
-    }
+    progressShown = true;
+    if (index == list->m_selected)
+        list->m_progressPending = true;
+    list->noteProgress();
+}
+
+void ActiveList::noteProgress()
+{
+    if (!m_progressNotice.isActive())
+        m_progressNotice.start();
 }
 
 double ActiveList::progressPercent(const DownloadSlot &slot)
@@ -284,12 +298,12 @@ double ActiveList::progressPercent(const DownloadSlot &slot)
 
 const DownloadDetails &ActiveList::details() const
 {
-    if (m_progressPending && hasRow(m_selected)) {
-        const DownloadSlot &slot = m_slots[m_selected];
-        if (slot.total > 0)
-            m_details.porcientot = decimalText(progressPercent(slot)) + QLatin1Char('%');
+    if (m_progressPending && existe(m_selected)) {
+        const DownloadSlot &record = m_slots[m_selected].record;
+        if (record.total > 0)
+            m_details.porcientot = decimalText(progressPercent(record)) + QLatin1Char('%');
         m_details.bytest =
-            QString::number(slot.bytes - 1) + QLatin1Char('/') + QString::number(slot.total);
+            QString::number(record.bytes - 1) + QLatin1Char('/') + QString::number(record.total);
     }
     m_progressPending = false;
     return m_details;
@@ -297,30 +311,31 @@ const DownloadDetails &ActiveList::details() const
 
 void ActiveList::transferFinished(int index)
 {
-    DownloadSlot &slot = m_slots[index];
-    DownloadRow &row = *m_rows[index];
-    slot.velocidad = 0;
-    row.DownloadEnd();
-    row.setFinalizado(true);
-    row.setPorcentaje(100);
-    showStatus(StatusPanel::Mensajes, QStringLiteral("Finalizada la descarga de ") + slot.Data);
+    DownloadSlot &record = m_slots[index].record;
+    record.velocidad = 0;
+    record.status = DownloadStatus::Finished;
+    Q_EMIT changed(index);
+    noteProgress();
+    Q_EMIT statusText(StatusPanel::Mensajes,
+                      QStringLiteral("Finalizada la descarga de ") + record.Data);
     m_notifier.playSound(QStringLiteral("notify.wav"));
-    m_history.append(QStringLiteral("\r\nLa descarga de ") + slot.Data + QStringLiteral(" a ") +
-                         slot.path + QStringLiteral(" ha finalizado tras ") +
-                         QString::number(slot.tiempo) + QStringLiteral(" segundos."),
+    m_history.append(QStringLiteral("\r\nLa descarga de ") + record.Data + QStringLiteral(" a ") +
+                         record.path + QStringLiteral(" ha finalizado tras ") +
+                         QString::number(record.tiempo) + QStringLiteral(" segundos."),
                      HistoryColour::Blue);
+    const QString path = record.path;
     if (m_settings.showmsg) {
         m_notifier.playSound(QStringLiteral("notify.wav"));
-        m_notifier.message(QStringLiteral("Se ha terminado la descarga de ") + slot.path,
+        m_notifier.message(QStringLiteral("Se ha terminado la descarga de ") + path,
                            QStringLiteral("download.gif"));
     }
-    Q_EMIT downloadFinished(slot.path);
-    const QString extension = QLatin1Char('.') + ExtensionOf(QFileInfo(slot.path).fileName());
+    Q_EMIT downloadFinished(path);
+    const QString extension = QLatin1Char('.') + ExtensionOf(QFileInfo(path).fileName());
     if (m_settings.exevirus && !m_settings.virus.isEmpty() &&
         m_settings.ext.contains(extension, Qt::CaseInsensitive))
-        m_desktop.startProgram(m_settings.virus + QLatin1Char(' ') + slot.path);
+        m_desktop.startProgram(m_settings.virus + QLatin1Char(' ') + path);
     // The message above may have been open while the person removed the download.
-    if (!m_rows[index])
+    if (!holds(index, path))
         return;
     if (m_settings.dellista)
         delfile(index, false);
@@ -332,16 +347,17 @@ void ActiveList::transferFinished(int index)
 // A download that failed for good before its first byte leaves no empty file behind.
 void ActiveList::discardIfEmpty(int index)
 {
-    const QFileInfo file(m_slots[index].path);
+    const QFileInfo file(m_slots[index].record.path);
     if (file.isFile() && file.size() == 0)
         QFile::remove(file.filePath());
 }
 
 void ActiveList::retriesExhausted(int index)
 {
-    const DownloadSlot &slot = m_slots[index];
-    m_rows[index]->setRedoend(true);
-    const QString url = slot.Data;
+    DownloadSlot &record = m_slots[index].record;
+    record.status = DownloadStatus::Exhausted;
+    Q_EMIT changed(index);
+    const QString url = record.Data;
     m_notifier.reportFailure(QStringLiteral("Se han agotado los intentos para ") + url);
     discardIfEmpty(index);
     delfile(index, m_settings.delinc == 1);
@@ -352,7 +368,7 @@ void ActiveList::retriesExhausted(int index)
 void ActiveList::transferFailed(int index)
 {
     discardIfEmpty(index);
-    Q_EMIT downloadFailed(m_slots[index].Data);
+    Q_EMIT downloadFailed(m_slots[index].record.Data);
 }
 
 void ActiveList::pullFromQueue()

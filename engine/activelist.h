@@ -1,23 +1,20 @@
 #pragma once
 
 #include "downloadinfo.h"
-#include "downloadrow.h"
-#include "downloadslot.h"
+#include "downloadlist.h"
 #include "ftplogin.h"
+#include "listrecord.h"
 #include "notifier.h"
-#include "rowtable.h"
 #include "statuspanel.h"
+#include "transfer.h"
 
-#include <QObject>
 #include <QTimer>
 #include <array>
-#include <memory>
 #include <optional>
 
 class Desktop;
 class HistorySink;
 class InactiveList;
-class Transfer;
 struct Settings;
 
 // The texts of the detail panel, for the selected download.
@@ -44,33 +41,32 @@ struct ActiveCommands
     bool propiedades = false;
 };
 
-// The running downloads: 41 slots (slot 0 is never used), each with its row and its
-// connections, the list file "activas.dwn", the limits, and the timers that measure speed,
-// count silence and switch the computer off.
-class ActiveList final : public QObject
+// The running downloads: 41 slots (slot 0 is never used), each with its record and its transfer,
+// the list file "activas.dwn", the limits, and the timers that count time, measure speed and
+// switch the computer off.
+class ActiveList final : public DownloadList
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(ActiveList)
 
 public:
+    // A progress notice goes out at most this often.
+    static constexpr int ProgressNoticeMs = 250;
+
     ActiveList(const Settings &settings, Desktop &desktop, HistorySink &history,
-               const ProgramFolder &folder, RowFactory rows, QObject *parent = nullptr);
+               const ProgramFolder &folder, QObject *parent = nullptr);
     ~ActiveList() override;
 
     void setInactiveList(InactiveList *inactive) { m_inactive = inactive; }
-    // The rows of downloads added from now on; set it before load().
-    void setRowFactory(RowFactory rows) { m_makeRow = std::move(rows); }
     // Starts the once-a-second timers; tests call the ticks themselves.
     void startTimers();
 
     void load();
     // Adds a download and starts it; the new slot's index, or 0 when it could not be added.
-    int addnew(const QString &Data, const QString &path, qint64 total, qint64 bytes, bool allowredo,
-               qint64 tiempo, bool loading, const QString &usernm, const QString &passw,
-               bool rememb);
+    int addnew(const ListRecord &download, Loading loading = Loading::No);
     // A link dropped on a window: asks where to save it, then adds or queues it.
     void AgregarArrastrando(const QString &url);
-    bool existe(int index) const;
+    bool existe(int index) const override;
     void delfile(int index, bool borrar);
     void toinact(int index);
     void guardar_lista_activas();
@@ -79,16 +75,16 @@ public:
     // Closes every connection and file, leaving the downloads in the list to resume later.
     void stopAll();
 
-    // Rows loaded, the template row included, as the limits count them.
-    int rowCount() const { return rowCountOf(m_rows); }
-    int highestIndex() const { return highestIndexOf(m_rows); }
-    bool hasRow(int index) const;
-    DownloadSlot &slotAt(int index) { return m_slots.at(index); }
-    DownloadRow *rowAt(int index) { return m_rows.at(index).get(); }
-    Transfer *transferAt(int index) { return m_transfers.at(index).get(); }
+    // Downloads in the list, plus one for the unused slot 0, as the limits count them.
+    int rowCount() const;
+    int highestIndex() const override;
+    const DownloadSlot &slot(int index) const { return m_slots.at(index).record; }
+    RowContent row(int index) const override;
+    // The connections of a live download; null for a free slot.
+    Transfer *transfer(int index) const { return m_slots.at(index).transfer; }
 
-    int seleccionado() const { return m_selected; }
-    void setSeleccionado(int index);
+    int seleccionado() const override { return m_selected; }
+    void setSeleccionado(int index) override;
     const DownloadDetails &details() const;
     ActiveCommands enabledCommands() const;
     // The detail window's texts for a live download.
@@ -101,7 +97,7 @@ public:
     void CallContinue();
     void CallExe();
     void CallAntiv();
-    void CallProp();
+    void CallProp() override;
     void setApagar(bool on) { m_apagar = on; }
     bool apagar() const { return m_apagar; }
 
@@ -109,44 +105,50 @@ public:
     void updateTick();
     void shutdownTick();
 
-    // Called by the transfers.
-    // The most one read takes from a socket; larger blocks were measured slower.
-    static constexpr qint64 ReceiveChunk = 256 * 1024;
-    QByteArray &receiveBuffer() { return m_receiveBuffer; }
     const Settings &settings() const { return m_settings; }
-    Desktop &desktop() { return m_desktop; }
     Notifier &notifier() { return m_notifier; }
-    void showStatus(StatusPanel panel, const QString &text);
-    void showProgress(int index);
-    static double progressPercent(const DownloadSlot &slot);
-    void transferFinished(int index);
-    void retriesExhausted(int index);
-    void transferFailed(int index);
-    // The caption of the one FTP login dialog; it reads WrongUserCaption while a refused login
-    // is being asked again.
-    QString loginCaption() const { return m_loginCaption; }
-    void setLoginCaption(const QString &caption) { m_loginCaption = caption; }
 
 Q_SIGNALS:
     void statusText(StatusPanel panel, const QString &text);
-    void rowsChanged();
-    void rowRemoved(int index);
-    void detailsChanged();
     void downloadFinished(const QString &path);
     // Failed for good: a final server answer, or the retries ran out.
     void downloadFailed(const QString &url);
     void totalSpeed(int kbPerSecond);
     void shutdownRequested();
-    // Show the detail window for this slot.
-    void propertiesRequested(int index);
 
 private:
+    // One slot: its download, its transfer while it is live, and what the transfer tells.
+    struct Slot final : TransferEvents
+    {
+        ActiveList *list = nullptr;
+        int index = 0;
+        DownloadSlot record;
+        QString url;                // the address as added, which its row shows
+        bool progressShown = false; // the row shows a size once bytes have arrived
+        Transfer *transfer = nullptr;
+
+        void progressed() override;
+        void statusChanged() override { Q_EMIT list->changed(index); }
+        void message(const QString &text) override
+        {
+            Q_EMIT list->statusText(StatusPanel::Mensajes, text);
+        }
+        void finished() override { list->transferFinished(index); }
+        void failed() override { list->transferFailed(index); }
+        void exhausted() override { list->retriesExhausted(index); }
+    };
+
     int nextFreeIndex() const;
     void unload(int index);
-    void pullFromQueue();
+    void noteProgress();
+    void transferFinished(int index);
+    void transferFailed(int index);
+    void retriesExhausted(int index);
     void discardIfEmpty(int index);
+    void pullFromQueue();
     void describeSelected();
     QString remainingTime(int index) const;
+    static double progressPercent(const DownloadSlot &slot);
     // The slot still holds the download that was asked about.
     bool holds(int index, const QString &path) const;
     void logLine(const QString &text, quint32 colour);
@@ -156,12 +158,10 @@ private:
     HistorySink &m_history;
     ProgramFolder m_folder;
     Notifier m_notifier;
-    RowFactory m_makeRow;
+    FtpLoginPrompt m_login;
     InactiveList *m_inactive = nullptr;
 
-    std::array<DownloadSlot, SlotCount> m_slots;
-    RowTable m_rows;
-    std::array<std::unique_ptr<Transfer>, SlotCount> m_transfers;
+    std::array<Slot, SlotCount> m_slots;
 
     int m_selected = 0;
     // The selected download's progress texts are made when the details are read, not with
@@ -169,8 +169,7 @@ private:
     mutable DownloadDetails m_details;
     mutable bool m_progressPending = false;
     bool m_apagar = false;
-    QString m_loginCaption = LoginCaption;
-    QByteArray m_receiveBuffer{ReceiveChunk, Qt::Uninitialized};
+    QTimer m_progressNotice;
     QTimer m_tiempotrans;
     QTimer m_update;
     QTimer m_shutdown;

@@ -2,6 +2,15 @@
 
 #include <QString>
 
+// What a running download is doing; the row shows it in its colours.
+enum class DownloadStatus
+{
+    Connecting, // asking the server, or waiting to ask again after a loss
+    Running,
+    Finished,
+    Exhausted // failed for good: a final answer of the server, or the retries ran out
+};
+
 // The record of one download in a list. Positions are 1-based: `bytes` is the position of the
 // next byte to write, so `bytes` - 1 bytes are on disk.
 struct DownloadSlot
@@ -20,6 +29,7 @@ struct DownloadSlot
     QString passw;
     QString ftpestado; // FTP dialogue step; empty for HTTP
     bool rememb = false;
+    DownloadStatus status = DownloadStatus::Connecting;
 };
 
 // Every list keeps this many slots; slot 0 is the template and never holds a download.

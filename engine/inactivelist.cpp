@@ -11,12 +11,13 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
+#include <algorithm>
 #include <cmath>
 
 InactiveList::InactiveList(const Settings &settings, Desktop &desktop, HistorySink &history,
-                           const ProgramFolder &folder, RowFactory rows, QObject *parent)
-    : QObject(parent), m_settings(settings), m_desktop(desktop), m_history(history),
-      m_folder(folder), m_makeRow(std::move(rows))
+                           const ProgramFolder &folder, QObject *parent)
+    : DownloadList(parent), m_settings(settings), m_desktop(desktop), m_history(history),
+      m_folder(folder)
 {}
 
 void InactiveList::load()
@@ -26,11 +27,8 @@ void InactiveList::load()
         return;
     try {
         TextFileReader reader = TextFileReader::open(path);
-        while (!reader.atEnd()) {
-            const ListRecord r = readRecord(reader, ListKind::Inactive);
-            addnew(r.Data, r.path, r.total, r.bytes, r.allowredo, r.tiempo, true, r.usernm, r.passw,
-                   r.rememb, r.locked);
-        }
+        while (!reader.atEnd())
+            addnew(readRecord(reader, ListKind::Inactive), Loading::Yes);
     } catch (const Failure &failure) {
         m_desktop.messageBox(QStringLiteral("Error al cargar lista de inactivas: ") +
                                  failure.description(),
@@ -38,32 +36,34 @@ void InactiveList::load()
     }
 }
 
-void InactiveList::addnew(const QString &Data, const QString &path, qint64 total, qint64 bytes,
-                          bool allowredo, qint64 tiempo, bool loading, const QString &usernm,
-                          const QString &passw, bool rememb, bool locked)
+void InactiveList::addnew(const ListRecord &download, Loading loading)
 {
     int i = 1;
-    while (i < SlotCount && m_rows[i])
+    while (i < SlotCount && m_ocupado[i])
         ++i;
     if (i >= SlotCount) {
         m_desktop.messageBox(QStringLiteral("Se ha alcanzado el máximo de descargas en cola."),
                              Desktop::Icon::Critical);
         return;
     }
-    m_rows[i] = m_makeRow(i);
-    DownloadRow &row = *m_rows[i];
-    row.setArchivo(path);
-    row.setUrl(Data);
-    row.setLocked(locked);
-    m_registros[i] =
-        ListRecord{Data, path, total, bytes, tiempo, allowredo, usernm, passw, rememb, locked};
-    if (total > 0)
-        row.setPorcentaje(int(std::nearbyint(double(bytes) / double(total) * 100.0)));
-    row.setBytes(bytes, SizeUnits::AboveThreshold);
+    m_registros[i] = download;
     m_ocupado[i] = true;
-    Q_EMIT rowsChanged();
-    if (!loading)
+    Q_EMIT added(i);
+    if (loading == Loading::No)
         guardar_lista_inactivas();
+}
+
+RowContent InactiveList::row(int index) const
+{
+    const ListRecord &record = m_registros.at(index);
+    RowContent row;
+    row.archivo = record.path;
+    row.url = record.Data;
+    if (record.total > 0)
+        row.porcentaje = int(std::nearbyint(double(record.bytes) / double(record.total) * 100.0));
+    row.bytes = sizeText(record.bytes, SizeUnits::AboveThreshold);
+    row.locked = record.locked;
+    return row;
 }
 
 void InactiveList::guardar_lista_inactivas()
@@ -85,33 +85,37 @@ bool InactiveList::existe(int index) const
     return index > 0 && index < SlotCount && m_ocupado[index];
 }
 
+int InactiveList::rowCount() const
+{
+    return 1 + int(std::count(m_ocupado.begin() + 1, m_ocupado.end(), true));
+}
+
+int InactiveList::highestIndex() const
+{
+    for (int i = SlotCount - 1; i > 0; --i) {
+        if (m_ocupado[i])
+            return i;
+    }
+    return 0;
+}
+
 void InactiveList::setSeleccionado(int index)
 {
-    if (m_selected > 0 && m_rows[m_selected])
-        m_rows[m_selected]->setSelected(false);
-    m_selected = (index > 0 && index < SlotCount && m_rows[index]) ? index : 0;
-    if (m_selected)
-        m_rows[m_selected]->setSelected(true);
+    m_selected = existe(index) ? index : 0;
     Q_EMIT selectionChanged();
 }
 
 void InactiveList::unload(int index)
 {
-    if (m_rows[index]) {
-        Q_EMIT rowRemoved(index);
-        std::shared_ptr<DownloadRow> last(m_rows[index].release());
-        QMetaObject::invokeMethod(
-            this, [last] {}, Qt::QueuedConnection);
-    }
+    if (!m_ocupado[index])
+        return;
     m_ocupado[index] = false;
+    Q_EMIT removed(index);
 }
 
 int InactiveList::addToActive(int index)
 {
-    const ListRecord &r = m_registros[index];
-    return m_active ? m_active->addnew(r.Data, r.path, r.total, r.bytes, r.allowredo, r.tiempo,
-                                       false, r.usernm, r.passw, r.rememb)
-                    : 0;
+    return m_active ? m_active->addnew(m_registros[index]) : 0;
 }
 
 void InactiveList::logLine(const QString &text, quint32 colour)
@@ -140,7 +144,6 @@ void InactiveList::toactivas()
         return;
     addToActive(found);
     unload(found);
-    Q_EMIT rowsChanged();
     // The name is that of the selected slot at this moment, not of the one just moved.
     logLine(QStringLiteral("Se continúa la descarga de ") + m_registros[m_selected].path,
             HistoryColour::Green);
@@ -166,7 +169,6 @@ void InactiveList::delfile(int index, bool borrar)
     const QString &path = m_registros[index].path;
     if (borrar && QFileInfo::exists(path))
         QFile::remove(path);
-    Q_EMIT rowsChanged();
     guardar_lista_inactivas();
 }
 
@@ -182,12 +184,11 @@ void InactiveList::CallCancel()
     // The download may have moved to the active list while the question was open.
     if (!existe(i) || m_registros[i].path != path)
         return;
+    setSeleccionado(0);
     unload(i);
     if (QFileInfo::exists(path))
         QFile::remove(path);
     logLine(QStringLiteral("Cancelada la descarga de ") + path, HistoryColour::DarkRed);
-    m_selected = 0;
-    Q_EMIT rowsChanged();
     guardar_lista_inactivas();
 }
 
@@ -201,12 +202,11 @@ void InactiveList::CallContinue()
                              Desktop::Icon::Critical);
         return;
     }
+    setSeleccionado(0);
     unload(i);
     addToActive(i);
     logLine(QStringLiteral("Se continúa la descarga de ") + m_registros[i].path,
             HistoryColour::Green);
-    m_selected = 0;
-    Q_EMIT rowsChanged();
     guardar_lista_inactivas();
 }
 
@@ -216,7 +216,6 @@ void InactiveList::bloquear()
     if (!i)
         return;
     m_registros[i].locked = !m_registros[i].locked;
-    m_rows[i]->setLocked(m_registros[i].locked);
-    Q_EMIT rowsChanged();
+    Q_EMIT changed(i);
     guardar_lista_inactivas();
 }

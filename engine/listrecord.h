@@ -5,8 +5,9 @@
 class TextFileReader;
 class TextFileWriter;
 
-// One download as the list files keep it. The active list writes the first nine lines, the
-// inactive list adds `locked` as a tenth; the two files are not interchangeable.
+// One download as the list files keep it, and as it is handed to a list. The active list writes
+// the first nine lines, the inactive list adds `locked` as a tenth; the two files are not
+// interchangeable.
 struct ListRecord
 {
     QString Data;
@@ -19,6 +20,13 @@ struct ListRecord
     QString passw;
     bool rememb = false;
     bool locked = false;
+};
+
+// Whether an add comes from reading the list file, which is then not written again meanwhile.
+enum class Loading
+{
+    No,
+    Yes
 };
 
 enum class ListKind

@@ -102,17 +102,20 @@ QString QuickAdd::place(const QString &url, const FtpCredentials &login, const Q
         // Deleted now, before the download is known to start.
         QFile::remove(path);
     }
-    // The row count includes the template row, so at most `maxdesc` - 1 run at once.
+    const ListRecord download{.Data = url,
+                              .path = path,
+                              .usernm = login.usernm,
+                              .passw = login.passw,
+                              .rememb = login.rememb};
+    // The row count includes the unused slot 0, so at most `maxdesc` - 1 run at once.
     if (leadingNumber(m_settings.maxdesc) > m_active.rowCount()) {
-        if (!m_active.addnew(url, path, 0, 0, false, 0, false, login.usernm, login.passw,
-                             login.rememb))
+        if (!m_active.addnew(download))
             return {};
     } else if (m_inactive.highestIndex() >= 39) {
         m_desktop.messageBox(queueFull, Desktop::Icon::Critical);
         return {};
     } else {
-        m_inactive.addnew(url, path, 0, 0, false, 0, false, login.usernm, login.passw, login.rememb,
-                          false);
+        m_inactive.addnew(download);
     }
     m_history.append(QStringLiteral("\r\nDescargando ") + url + QStringLiteral(" a ") + path,
                      HistoryColour::Black);

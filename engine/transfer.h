@@ -1,108 +1,116 @@
 #pragma once
 
-#include "chunkeddecoder.h"
+#include "datasocket.h"
+#include "downloadslot.h"
 #include "slotfile.h"
 
 #include <QObject>
-#include <QPointer>
-#include <QSslSocket>
-#include <QTcpSocket>
 #include <QTimer>
+#include <memory>
 
-class ActiveList;
-class DownloadRow;
-struct DownloadSlot;
+class Desktop;
+class FtpLoginPrompt;
+class Notifier;
+struct Settings;
 
-// The connections of one active download: the data socket `ws` (HTTP, HTTPS, or FTP data), the
-// FTP control socket `ftp`, the retry timer `redo` with its budget, and the open local file.
-// Socket events drive everything; the list's timers call in once a second.
-class Transfer final : public QObject
+// What a transfer tells the list that holds its download.
+class TransferEvents
+{
+public:
+    // Bytes were written: called for every chunk, so it must stay cheap.
+    virtual void progressed() = 0;
+    // The download's status changed.
+    virtual void statusChanged() = 0;
+    // A text for the person, in the main window's messages.
+    virtual void message(const QString &text) = 0;
+    // All of the file is there.
+    virtual void finished() = 0;
+    // Failed for good on a final answer; the person has been told why.
+    virtual void failed() = 0;
+    // The retries ran out.
+    virtual void exhausted() = 0;
+
+protected:
+    ~TransferEvents() = default;
+};
+
+// What every transfer reads from the program around it.
+struct TransferContext
+{
+    const Settings &settings;
+    Desktop &desktop;
+    Notifier &notifier;
+    FtpLoginPrompt &login;
+};
+
+// The connections of one active download, given its record when it is made. It owns the data
+// connection `ws` (HTTP, HTTPS, or the data of FTP) and what is written from it, the open file,
+// the retry timer `redo` with its budget, and the count of seconds without data. Socket events
+// drive everything.
+class Transfer : public QObject, protected DataSocket::Receiver
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(Transfer)
 
 public:
-    Transfer(ActiveList &list, int index, int retries);
+    // The transfer the address asks for: http:// and https://, or ftp://. Throws Failure for an
+    // address it cannot aim at (a port that is no number).
+    static std::unique_ptr<Transfer> make(DownloadSlot &slot, TransferEvents &events,
+                                          const TransferContext &context, int retries);
 
-    // Sets where `ws` and `ftp` connect from the slot's address; false for a bad address.
-    bool aim();
-    // Opens the connection the address asks for: `ws` for http:// and https://, `ftp` for
-    // ftp://.
-    void start();
-    // Closes both sockets and the file without running any close handler.
+    // Opens the connection.
+    virtual void start() = 0;
+    // Closes every connection and the file without running any close handler.
     void stop();
+    // Starts again at once with a fresh retry budget ("Reconectar").
+    void restart(int retries);
 
-    void armRedo();
+    // The transfer was stopped; it runs nothing more until started again.
+    bool stopped() const { return m_stopped; }
     bool redoActive() const { return m_redo.isActive(); }
     int redoBudget() const { return m_redoTag; }
-    void setRedoBudget(int retries) { m_redoTag = retries; }
     void redoTick();
-
-    int sindatos() const { return m_sindatos; }
     // One more second without data; a stall longer than the setting drops the connection.
-    void countSilence();
+    void silenceTick();
+
+protected:
+    Transfer(DownloadSlot &slot, TransferEvents &events, const TransferContext &context,
+             int retries);
+
+    // Every connection, for a stop or a retry; the data connection alone for a loss.
+    virtual void closeConnections() { closeWs(); }
+    virtual void closeWs();
+    void setStatus(DownloadStatus status);
+    // A connection is being opened: the silence count starts from now.
+    void attempt();
+    void armRedo();
+    // The file is written at its current position.
+    void writePayload(QByteArrayView payload);
+    // After a chunk is written: progress, and the end once all of it is there.
+    void written(qint64 wireBytes, bool complete);
+    void lost();
+    void finish();
+    // A final failure: no retry. The message comes last, as the person may act while it is open.
+    void failFinally(const QString &text);
+    // The server has closed the data connection: finished, unless it ended early.
+    virtual bool endedEarly() const;
+
+    // The data connection.
+    void closedByPeer() override;
+    void failed(QAbstractSocket::SocketError error) override;
+
+    DownloadSlot &m_slot;
+    TransferEvents &m_events;
+    const TransferContext m_context;
+    SlotFile m_file;
+    DataSocket m_ws;
 
 private:
-    DownloadSlot &slot();
-    DownloadRow &row();
-    // The socket that carries the current data connection.
-    QTcpSocket &ws() { return m_tls ? *m_tls : m_ws; }
-    void aimWs(const QString &address);
-    void connectHttp();
-    void openWs(const QString &host, quint16 port);
-    void openTls(const QString &host, quint16 port);
-    void closeWs();
-    void closeFtp();
-    void gatherAfter(qint64 lastRead);
-    void setLowWater(int bytes);
-
-    // HTTP, and the data connection of FTP.
-    void wsConnected();
-    void wsReadyRead();
-    void readTls();
-    bool readChunk();
-    void takeChunk(QByteArrayView chunk);
-    void wsClosedByPeer();
-    void wsEnded();
-    void wsError(QAbstractSocket::SocketError error);
-    void handleHead(QByteArrayView chunk, qsizetype &payloadStart);
-    void writePayload(QByteArrayView payload);
-    void writeChunked(QByteArrayView framed);
-    void received(qint64 wireBytes);
-    void fail(const QString &text);
     void refuseCertificate();
-    void redirect(const QString &address);
-    void lost();
-    void finished();
 
-    // The FTP control connection.
-    void ftpConnected();
-    void ftpReadyRead();
-    void ftpClosedByPeer();
-    void ftpError(QAbstractSocket::SocketError error);
-    void ftpSend(const QString &text);
-    void loginRefused();
-
-    ActiveList &m_list;
-    const int m_index;
-    QTcpSocket m_ws;
-    // The connection of an https:// address, a fresh socket for every attempt; null otherwise.
-    QPointer<QSslSocket> m_tls;
-    bool m_tlsReadQueued = false;
-    QTcpSocket m_ftp;
     QTimer m_redo;
     int m_redoTag;
-    SlotFile m_file;
+    QTimer m_silence;
     int m_sindatos = 0;
-    int m_lowWater = 1; // bytes the kernel gathers before the socket reads
-    QString m_wsHost;
-    quint16 m_wsPort = 0;
-    QString m_wsPath;
-    bool m_wsSecure = false;
-    QString m_ftpHost;
-    quint16 m_ftpPort = 0;
-    qint64 m_requestStart = 1; // where the Range line asked the server to start
-    bool m_chunked = false;    // the reply on this connection is chunked
-    ChunkedDecoder m_decoder;
-    bool m_handled = false; // the current chunk ended the connection
+    bool m_stopped = false;
 };

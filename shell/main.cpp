@@ -1,18 +1,7 @@
-#include "browserstartup.h"
-#include "commandline.h"
-#include "headless.h"
-#include "mainwindow.h"
-#include "program.h"
-#include "qtdesktop.h"
-#include "singleinstance.h"
+#include "frontends.h"
 
-#include <QApplication>
-#include <QDir>
-#include <QLibraryInfo>
-#include <QMessageBox>
-#include <QStandardPaths>
+#include <QCoreApplication>
 #include <QTextStream>
-#include <QTranslator>
 
 namespace {
 
@@ -34,95 +23,6 @@ const char Usage[] =
     "  --help          muestra esta ayuda\n"
     "  --version       muestra la versión\n";
 
-// Exit statuses beside 0 and the headless mode's 1 (a download failed).
-constexpr int CannotWrite = 1;
-constexpr int UsageError = 2;
-constexpr int AlreadyRunning = 3;
-
-// Qt's own dialogs and buttons ("Sí", "Cancelar", the file dialogs) speak Spanish too.
-void installSpanish(QApplication &app)
-{
-    auto *translator = new QTranslator(&app);
-    if (translator->load(QStringLiteral("qt_es"),
-                         QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-        QApplication::installTranslator(translator);
-}
-
-ProgramFolder folderOf(const CommandLine &command)
-{
-    return programFolderFor(command, QCoreApplication::applicationDirPath(),
-                            QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
-}
-
-// Made on first start; without it nothing the person does could be kept.
-bool writable(const ProgramFolder &folder)
-{
-    return QDir().mkpath(folder.dir()) && QFileInfo(folder.dir()).isWritable();
-}
-
-QString cannotWrite(const ProgramFolder &folder)
-{
-    return QStringLiteral("No se puede escribir en la carpeta del programa ") + folder.dir() +
-           QStringLiteral(": la configuración y las listas no se podrían guardar.");
-}
-
-QString alreadyRunning(const ProgramFolder &folder)
-{
-    return QStringLiteral("Corvane ya se está ejecutando con la carpeta del programa ") +
-           folder.dir() + QStringLiteral(".");
-}
-
-int refuse(const QString &text, int status, bool windows)
-{
-    QTextStream(stderr) << text << '\n';
-    if (windows)
-        QMessageBox::critical(nullptr, QStringLiteral("Corvane"), text);
-    return status;
-}
-
-int runWindows(int argc, char *argv[], const CommandLine &command)
-{
-    prepareBrowser();
-    QApplication app(argc, argv);
-    installSpanish(app);
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/corvane.svg")));
-    const ProgramFolder folder = folderOf(command);
-    if (!writable(folder))
-        return refuse(cannotWrite(folder), CannotWrite, true);
-    InstanceLock lock(folder);
-    if (!lock.tryLock()) {
-        // A program already running here takes the addresses and comes to the front.
-        if (!command.urls.isEmpty() && InstanceChannel::handOver(folder, command.urls))
-            return 0;
-        return refuse(alreadyRunning(folder), AlreadyRunning, true);
-    }
-    QtDesktop desktop(folder);
-    Program program(folder, command.urls, desktop);
-    QObject::connect(&program, &Program::mainWindowReady, &desktop, [&desktop](MainWindow *main) {
-        desktop.setMainWindow(main);
-        desktop.setGetunload([main] { return main->getunload(); });
-    });
-    QObject::connect(&program, &Program::unloadFolder, &desktop, &QtDesktop::unloadFolder);
-    InstanceChannel channel(folder);
-    QObject::connect(&channel, &InstanceChannel::received, &program, &Program::handOver);
-    channel.listen();
-    program.start();
-    return QApplication::exec();
-}
-
-int runHeadless(int argc, char *argv[], const CommandLine &command)
-{
-    QCoreApplication app(argc, argv);
-    const ProgramFolder folder = folderOf(command);
-    if (!writable(folder))
-        return refuse(cannotWrite(folder), CannotWrite, false);
-    InstanceLock lock(folder);
-    if (!lock.tryLock())
-        return refuse(alreadyRunning(folder), AlreadyRunning, false);
-    Headless headless(folder, command.urls);
-    return headless.exec();
-}
-
 } // namespace
 
 int main(int argc, char *argv[])
@@ -135,7 +35,7 @@ int main(int argc, char *argv[])
     const CommandLine command = parseCommandLine(arguments);
     if (!command.error.isEmpty()) {
         QTextStream(stderr) << command.error << "\n\n" << QString::fromUtf8(Usage);
-        return UsageError;
+        return Startup::UsageError;
     }
     if (command.help) {
         QTextStream(stdout) << QString::fromUtf8(Usage);

@@ -26,25 +26,10 @@
 
 Program::Program(const ProgramFolder &folder, const QStringList &urls, Desktop &desktop,
                  QObject *parent)
-    : QObject(parent), m_folder(folder), m_urls(urls), m_desktop(desktop),
-      m_settings(folder, m_desktop, m_history), m_log(m_settings.settings(), m_desktop),
-      m_inactive(m_settings.settings(), m_desktop, m_log, folder, plainRows()),
-      m_active(m_settings.settings(), m_desktop, m_log, folder, plainRows()),
-      m_quick(m_active, m_inactive, m_settings.settings(), m_desktop, m_log),
-      m_all(m_active, m_inactive, m_desktop, m_log)
-{
-    m_history.log = &m_log;
-    m_active.setInactiveList(&m_inactive);
-    m_inactive.setActiveList(&m_active);
-}
+    : QObject(parent), m_folder(folder), m_urls(urls), m_desktop(desktop), m_core(folder, desktop)
+{}
 
 Program::~Program() = default;
-
-RowFactory Program::plainRows()
-{
-    // Until the list windows give their own: nothing is loaded before they exist.
-    return [](int) { return std::make_unique<RowState>(); };
-}
 
 void Program::start()
 {
@@ -57,31 +42,27 @@ void Program::build()
 {
     m_main = std::make_unique<MainWindow>();
     Q_EMIT mainWindowReady(m_main.get());
-    // The settings come first, as without windows: the downloads of the saved lists take their
-    // number of retries from them.
-    m_settings.load();
-    // The windows load in this order; each list window reads its own list as it loads, and the
-    // settings window stays, hidden, for the whole run.
+    // The core reads the settings, the history and the lists; the windows then show what they
+    // hold, in this order. The settings window stays, hidden, for the whole run.
+    m_core.load();
+    ActiveList &active = m_core.active();
     m_main->addChild(ViewSwitches::viewweb,
                      new WebWindow([this](const QString &url) { return añadir(url); },
-                                   m_active.notifier(), m_desktop, homePage(m_folder.dataDir())));
+                                   active.notifier(), m_desktop, homePage(m_folder.dataDir())));
     m_detallado = new DetailWindow(m_main.get());
     m_main->addChild(ViewSwitches::viewinactivas,
-                     new InactiveWindow(m_inactive, m_active, *m_detallado));
-    m_inactive.load();
-    auto *activas = new ActiveWindow(m_active, *m_detallado);
+                     new InactiveWindow(m_core.inactive(), active, *m_detallado));
+    auto *activas = new ActiveWindow(active, *m_detallado);
     m_apagar = activas->apagarAction();
     m_main->addChild(ViewSwitches::viewactivas, activas);
-    m_active.load();
-    m_cfg = new CfgWindow(m_settings, m_desktop, m_main.get());
-    m_log.open();
-    m_main->addChild(ViewSwitches::viewhist, new HistoryWindow(m_log));
-    m_main->addChild(ViewSwitches::viewestadisticas, new StatsWindow(m_active));
-    m_active.startTimers();
+    m_cfg = new CfgWindow(m_core.settings(), m_desktop, m_main.get());
+    m_main->addChild(ViewSwitches::viewhist, new HistoryWindow(m_core.history()));
+    m_main->addChild(ViewSwitches::viewestadisticas, new StatsWindow(active));
+    active.startTimers();
 
     m_about = new AboutWindow(m_main.get());
     new LinkDropTarget(m_main.get(),
-                       [this](const QString &url) { m_active.AgregarArrastrando(url); });
+                       [&active](const QString &url) { active.AgregarArrastrando(url); });
     wireMenus();
     wireEngine();
     m_main->show();
@@ -128,7 +109,7 @@ void Program::startupError(const QString &description)
 
 bool Program::añadir(const QString &url)
 {
-    return !m_quick.add(url).isEmpty();
+    return !m_core.quickAdd().add(url).isEmpty();
 }
 
 void Program::handOver(const QStringList &urls)
@@ -145,7 +126,7 @@ void Program::handOver(const QStringList &urls)
 
 void Program::quickAdd(const QString &text)
 {
-    if (m_quick.add(text).isEmpty())
+    if (m_core.quickAdd().add(text).isEmpty())
         return;
     m_quickList.record(text);
     m_main->quickadd()->clearEditText();
@@ -158,10 +139,7 @@ void Program::shutdown()
     m_ended = true;
     m_main->setClosing();
     // Downloads stop where they are; their partial files resume on the next start.
-    m_active.stopAll();
-    m_active.guardar_lista_activas();
-    m_inactive.guardar_lista_inactivas();
-    m_log.close();
+    m_core.save();
     delete m_about;
     delete m_cfg;
     delete m_detallado;

@@ -1,16 +1,9 @@
 #pragma once
 
-#include "activelist.h"
-#include "alldownloads.h"
+#include "core.h"
 #include "desktop.h"
-#include "historylog.h"
-#include "historysink.h"
-#include "inactivelist.h"
-#include "programfolder.h"
-#include "quickadd.h"
 #include "quicklist.h"
 #include "recentdownloads.h"
-#include "settingsmodel.h"
 
 #include <QObject>
 #include <QPointer>
@@ -27,9 +20,9 @@ class SplashWindow;
 class StopSignals;
 class SystemTray;
 
-// Corvane with its windows: builds the settings, the lists, the history and every window, starts
-// them in order behind the splash, wires the main window's commands, and on close saves the
-// lists, the view switches and the quick-add history and ends.
+// Corvane with its windows: the core (settings, history, lists) and every window over it, started
+// behind the splash; it wires the main window's commands, and on close saves the lists, the view
+// switches and the quick-add history and ends.
 class Program final : public QObject
 {
     Q_OBJECT
@@ -58,7 +51,6 @@ Q_SIGNALS:
     void unloadFolder();
 
 private:
-    static RowFactory plainRows();
     void build();
     bool restoreViews();
     bool restoreQuickList();
@@ -74,24 +66,7 @@ private:
     ProgramFolder m_folder;
     QStringList m_urls;
     Desktop &m_desktop;
-    // The settings write history lines and the log reads the settings: lines reach the log
-    // through this, pointed at it once both exist.
-    class ToLog final : public HistorySink
-    {
-    public:
-        HistoryLog *log = nullptr;
-        void append(const QString &text, quint32 colour) override
-        {
-            if (log)
-                log->append(text, colour);
-        }
-    } m_history;
-    SettingsModel m_settings;
-    HistoryLog m_log;
-    InactiveList m_inactive;
-    ActiveList m_active;
-    QuickAdd m_quick;
-    AllDownloads m_all;
+    Core m_core;
     QuickList m_quickList;
     RecentDownloads m_recent;
 

@@ -24,22 +24,22 @@ void Program::wireMenus()
         connect(actions[QLatin1String(name)], &QAction::triggered, this, function);
     };
     on("newurl", [this] {
-        if (m_quick.newurl(QGuiApplication::clipboard()->text()).isEmpty())
+        if (m_core.quickAdd().newurl(QGuiApplication::clipboard()->text()).isEmpty())
             return;
-        const int running = m_active.rowCount() - 1;
+        const int running = m_core.active().rowCount() - 1;
         m_main->setPanelText(StatusPanel::Descargas,
                              QString::number(running) + QLatin1Char('/') +
-                                 QString::number(running + m_inactive.rowCount() - 1));
+                                 QString::number(running + m_core.inactive().rowCount() - 1));
     });
     on("loadlist", &Program::showFileList);
     on("listado", &Program::showListado);
-    on("savehist", [this] { m_log.savehist(); });
-    on("delhist", [this] { m_log.clear(); });
-    on("detall", [this] { m_all.detall(); });
-    on("detact", [this] { m_all.detact(); });
-    on("detinactivas", [this] { m_all.detinactivas(); });
-    on("pauseall", [this] { m_all.pauseall(); });
-    on("contall", [this] { m_all.contall(); });
+    on("savehist", [this] { m_core.history().savehist(); });
+    on("delhist", [this] { m_core.history().clear(); });
+    on("detall", [this] { m_core.all().detall(); });
+    on("detact", [this] { m_core.all().detact(); });
+    on("detinactivas", [this] { m_core.all().detinactivas(); });
+    on("pauseall", [this] { m_core.all().pauseall(); });
+    on("contall", [this] { m_core.all().contall(); });
     on("salir", [this] { m_main->close(); });
     on("opciones", [this] { m_cfg->exec(); });
     on("cascada", [this] { m_main->mdi()->cascadeSubWindows(); });
@@ -71,10 +71,11 @@ void Program::wireMenus()
 
 void Program::wireEngine()
 {
-    connect(&m_active, &ActiveList::statusText, m_main.get(), &MainWindow::setPanelText);
-    connect(&m_active, &ActiveList::downloadFinished, &m_recent, &RecentDownloads::add);
+    ActiveList &active = m_core.active();
+    connect(&active, &ActiveList::statusText, m_main.get(), &MainWindow::setPanelText);
+    connect(&active, &ActiveList::downloadFinished, &m_recent, &RecentDownloads::add);
     connect(&m_recent, &RecentDownloads::changed, this, &Program::showRecent);
-    connect(&m_active, &ActiveList::shutdownRequested, this, &Program::shutdown);
+    connect(&active, &ActiveList::shutdownRequested, this, &Program::shutdown);
     const auto showQuickList = [this] {
         QComboBox *box = m_main->quickadd();
         const QString typed = box->currentText();
@@ -89,16 +90,17 @@ void Program::wireEngine()
 void Program::showListado()
 {
     if (!m_listado)
-        m_listado = new LinkGrabberWindow(m_active, m_inactive, m_settings.settings(), m_desktop,
-                                          m_folder, m_main.get());
+        m_listado =
+            new LinkGrabberWindow(m_core.active(), m_core.inactive(), m_core.settings().settings(),
+                                  m_desktop, m_folder, m_main.get());
     m_listado->exec();
 }
 
 void Program::showFileList()
 {
     if (!m_oldsupport)
-        m_oldsupport = new FileListWindow(m_active, m_inactive, m_settings.settings(), m_desktop,
-                                          m_main.get());
+        m_oldsupport = new FileListWindow(m_core.active(), m_core.inactive(),
+                                          m_core.settings().settings(), m_desktop, m_main.get());
     m_oldsupport->loadlist();
 }
 

@@ -1,7 +1,6 @@
 #include "historywindow.h"
 
 #include "historylog.h"
-#include "wincolor.h"
 
 #include <QPlainTextEdit>
 #include <QScrollBar>
@@ -9,10 +8,12 @@
 
 namespace {
 
+// History colours are 0x00BBGGRR, as the log file keeps them.
 QTextCharFormat inColour(quint32 colour)
 {
     QTextCharFormat format;
-    format.setForeground(winColor(colour));
+    format.setForeground(
+        QColor(int(colour & 0xFF), int((colour >> 8) & 0xFF), int((colour >> 16) & 0xFF)));
     return format;
 }
 
@@ -37,10 +38,11 @@ HistoryWindow::HistoryWindow(HistoryLog &log, QWidget *parent)
 
 QRect HistoryWindow::textoGeometry(const QSize &inner)
 {
-    // The box sits centred across, at the same distance from the top as from the sides.
-    const int margin = twipsToPixels(60);
-    return QRect(margin, margin, std::max(0, inner.width() - twipsToPixels(120)),
-                 std::max(0, inner.height() - twipsToPixels(500)));
+    // The box sits centred across, at the same distance from the top as from the sides: 120
+    // twips narrower and 500 shorter than the window, at 15 twips to the pixel.
+    constexpr int Margin = 4;
+    return QRect(Margin, Margin, std::max(0, inner.width() - 2 * Margin),
+                 std::max(0, inner.height() - 33));
 }
 
 void HistoryWindow::resizeEvent(QResizeEvent *event)

@@ -16,15 +16,19 @@ QString inFolder(const QString &folder, const QString &name)
 Placed placeDownload(ActiveList &active, InactiveList &inactive, const Settings &settings,
                      const QString &url, const QString &path)
 {
-    const QString user = QStringLiteral("anonymous");
-    const QString password = QStringLiteral("freepwd");
+    const FtpCredentials anonymous;
+    const ListRecord download{.Data = url,
+                              .path = path,
+                              .allowredo = true,
+                              .usernm = anonymous.usernm,
+                              .passw = anonymous.passw};
     if (active.rowCount() < settings.maxdescval + 1) {
-        active.addnew(url, path, 0, 0, true, 0, false, user, password, false);
+        active.addnew(download);
         return Placed::Active;
     }
     if (inactive.rowCount() >= SlotCount)
         return Placed::Nowhere;
-    inactive.addnew(url, path, 0, 0, true, 0, false, user, password, false, false);
+    inactive.addnew(download);
     return Placed::Inactive;
 }
 

@@ -5,15 +5,15 @@
 #include "detailpanel.h"
 #include "detailwindow.h"
 #include "linkdrop.h"
+#include "rowframe.h"
 
 #include <QAction>
 #include <QMenu>
-#include <QTimerEvent>
 #include <QToolBar>
 #include <QVBoxLayout>
 
 ActiveWindow::ActiveWindow(ActiveList &list, DetailWindow &detail, QWidget *parent)
-    : QWidget(parent), m_list(&list), m_detail(detail), m_frame(new RowFrame(this)),
+    : QWidget(parent), m_list(list), m_detail(detail), m_frame(new RowFrame(this)),
       m_inf(new DetailPanel(this)), m_menu(new QMenu(QStringLiteral("Menu"), this))
 {
     setObjectName(QStringLiteral("activas"));
@@ -40,26 +40,25 @@ ActiveWindow::ActiveWindow(ActiveList &list, DetailWindow &detail, QWidget *pare
     layout->addWidget(m_inf);
     resize(720, 420);
 
-    m_rows = std::make_unique<RowBinding<ActiveList>>(list, *m_frame, m_menu);
-    connect(&list, &ActiveList::detailsChanged, this, &ActiveWindow::detailsChanged);
-    connect(&list, &ActiveList::rowsChanged, this, &ActiveWindow::updateCommands);
-    connect(&list, &ActiveList::downloadFinished, this, &ActiveWindow::updateCommands);
-    connect(&list, &ActiveList::downloadFailed, this, &ActiveWindow::updateCommands);
+    m_rows = new RowList(list, *m_frame, m_menu);
+    // The panel and the commands follow the selected download.
+    connect(&list, &ActiveList::selectionChanged, this, &ActiveWindow::showPanel);
+    connect(&list, &ActiveList::progressed, this, &ActiveWindow::showPanel);
+    connect(&list, &ActiveList::changed, this, [this](int index) {
+        if (index == m_list.seleccionado())
+            showPanel();
+    });
     connect(&list, &ActiveList::propertiesRequested, this, &ActiveWindow::showDetails);
     connect(&list, &ActiveList::shutdownRequested, this,
-            [this] { m_apagar->setChecked(m_list->apagar()); });
-    new LinkDropTarget(this, [this](const QString &address) {
-        if (m_list)
-            m_list->AgregarArrastrando(address);
-    });
-    showSelection();
+            [this] { m_apagar->setChecked(m_list.apagar()); });
+    new LinkDropTarget(this,
+                       [this](const QString &address) { m_list.AgregarArrastrando(address); });
+    showPanel();
 }
-
-ActiveWindow::~ActiveWindow() = default;
 
 void ActiveWindow::buildCommands()
 {
-    ActiveList &list = *m_list;
+    ActiveList &list = m_list;
     m_continuar = makeCommand(this, "continuar", QStringLiteral("Co&ntinuar"),
                               QStringLiteral("Reconectar"), QStringLiteral("reconectar"));
     m_pausar = makeCommand(this, "pausar", QStringLiteral("&Pausar"),
@@ -82,7 +81,6 @@ void ActiveWindow::buildCommands()
     m_apagar->setCheckable(true);
     m_apagar->setChecked(list.apagar());
 
-    // The list is the receiver: once it has gone, the commands do nothing.
     connect(m_continuar, &QAction::triggered, &list, &ActiveList::CallContinue);
     connect(m_pausar, &QAction::triggered, &list, &ActiveList::CallPause);
     connect(m_cancelar, &QAction::triggered, &list, &ActiveList::CallCancel);
@@ -97,48 +95,22 @@ void ActiveWindow::buildCommands()
 
 void ActiveWindow::showDetails(int index)
 {
-    if (m_list)
-        m_detail.describe(activeSource(*m_list, index));
+    m_detail.describe(activeSource(m_list, index));
 }
 
-// While the selected download runs this comes with every chunk: the panel takes it up a few
-// times a second. A new selection shows at once.
-void ActiveWindow::detailsChanged()
+void ActiveWindow::showPanel()
 {
-    updateCommands();
-    if (m_list && m_list->seleccionado() != m_shownSelection)
-        showSelection();
-    else if (!m_panelRefresh.isActive())
-        m_panelRefresh.start(PanelRefreshMs, this);
-}
-
-void ActiveWindow::showSelection()
-{
-    m_panelRefresh.stop();
-    if (!m_list)
-        return;
-    m_shownSelection = m_list->seleccionado();
-    m_inf->showDetails(m_list->details());
+    m_inf->showDetails(m_list.details());
     updateCommands();
 }
 
 void ActiveWindow::updateCommands()
 {
-    if (!m_list)
-        return;
-    const ActiveCommands enabled = m_list->enabledCommands();
+    const ActiveCommands enabled = m_list.enabledCommands();
     m_cancelar->setEnabled(enabled.detener);
     m_pausar->setEnabled(enabled.pausar);
     m_continuar->setEnabled(enabled.continuar);
     m_ejecutar->setEnabled(enabled.open);
     m_antivirus->setEnabled(enabled.antivirus);
     m_propiedades->setEnabled(enabled.propiedades);
-}
-
-void ActiveWindow::timerEvent(QTimerEvent *event)
-{
-    if (event->timerId() == m_panelRefresh.timerId())
-        showSelection();
-    else
-        QWidget::timerEvent(event);
 }

@@ -1,17 +1,15 @@
 #pragma once
 
 #include "activelist.h"
-#include "rowbinding.h"
+#include "rowlist.h"
 
-#include <QBasicTimer>
-#include <QPointer>
 #include <QWidget>
-#include <memory>
 
 class DetailPanel;
 class DetailWindow;
 class QAction;
 class QMenu;
+class RowFrame;
 
 // The window `activas`: one row per running download, the toolbar `opciones`, the pop-up menu
 // `menu` and the panel `inf` that describes the selected download. It shows what the active
@@ -22,11 +20,7 @@ class ActiveWindow final : public QWidget
     Q_DISABLE_COPY_MOVE(ActiveWindow)
 
 public:
-    // The detail panel is refreshed at most this often while a download runs.
-    static constexpr int PanelRefreshMs = 250;
-
     ActiveWindow(ActiveList &list, DetailWindow &detail, QWidget *parent = nullptr);
-    ~ActiveWindow() override;
 
     // The two-state "apagar": pressed, the computer is switched off once every download is done.
     QAction *apagarAction() const { return m_apagar; }
@@ -34,17 +28,13 @@ public:
     download *rowAt(int index) const { return m_rows->rowAt(index); }
     RowFrame *frame() const { return m_frame; }
 
-protected:
-    void timerEvent(QTimerEvent *event) override;
-
 private:
     void buildCommands();
     void showDetails(int index);
-    void detailsChanged();
-    void showSelection();
+    void showPanel();
     void updateCommands();
 
-    QPointer<ActiveList> m_list;
+    ActiveList &m_list;
     DetailWindow &m_detail;
     RowFrame *m_frame;
     DetailPanel *m_inf;
@@ -57,7 +47,5 @@ private:
     QAction *m_propiedades = nullptr;
     QAction *m_delend = nullptr;
     QAction *m_apagar = nullptr;
-    std::unique_ptr<RowBinding<ActiveList>> m_rows;
-    QBasicTimer m_panelRefresh;
-    int m_shownSelection = -1;
+    RowList *m_rows;
 };

@@ -3,8 +3,6 @@
 #include "activelist.h"
 #include "inactivelist.h"
 
-#include <QPointer>
-
 namespace {
 
 template <typename List> DetailModel::Source sourceIn(List &list, int index)
@@ -12,11 +10,8 @@ template <typename List> DetailModel::Source sourceIn(List &list, int index)
     const std::optional<DownloadInfo> first = list.detallado(index);
     if (!first)
         return {};
-    return [list = QPointer<List>(&list), index,
-            path = first->destino]() -> std::optional<DownloadInfo> {
-        if (!list)
-            return std::nullopt;
-        std::optional<DownloadInfo> info = list->detallado(index);
+    return [&list, index, path = first->destino]() -> std::optional<DownloadInfo> {
+        std::optional<DownloadInfo> info = list.detallado(index);
         if (!info || info->destino != path)
             return std::nullopt;
         return info;

@@ -119,6 +119,48 @@ download::download(QWidget *parent)
     paintLabels(0);
 }
 
+void download::showContent(const RowContent &content)
+{
+    if (content.archivo != m_archivo)
+        setArchivo(content.archivo);
+    if (content.url != m_url)
+        setUrl(content.url);
+    if (content.toolTip != toolTip())
+        setToolTip(content.toolTip);
+    if (content.bytes != m_nbytes->text())
+        setBytes(content.bytes);
+    if (content.porcentaje && (*content.porcentaje != m_percent || m_porciento->text().isEmpty()))
+        setPorcentaje(*content.porcentaje);
+    if (content.locked != m_locked)
+        setLocked(content.locked);
+    if (content.status != m_status)
+        showStatus(content.status);
+}
+
+// The colours follow the order the state is set in: the last of `redoend` and `Reconectando`
+// decides the background, and a finished row takes the tooltip colour for good.
+void download::showStatus(DownloadStatus status)
+{
+    m_status = status;
+    switch (status) {
+    case DownloadStatus::Connecting:
+        setRedoend(false);
+        setReconectando(true);
+        break;
+    case DownloadStatus::Running:
+        setRedoend(false);
+        setReconectando(false);
+        break;
+    case DownloadStatus::Finished:
+        DownloadEnd();
+        break;
+    case DownloadStatus::Exhausted:
+        setReconectando(false);
+        setRedoend(true);
+        break;
+    }
+}
+
 void download::setLocked(bool locked)
 {
     m_locked = locked;
@@ -130,40 +172,18 @@ void download::setPorcentaje(int percent)
 {
     // Only the upper end is clamped; a negative value passes through to the text.
     m_percent = std::min(percent, 100);
-    m_percentShown = false;
-    scheduleRefresh();
+    m_avance->setValue(std::max(m_percent, 0));
+    m_porciento->setText(QString::number(m_percent) + QLatin1Char('%'));
 }
 
-void download::setBytes(qint64 count, SizeUnits units)
+void download::setBytes(const QString &text)
 {
-    m_bytes = count;
-    m_units = units;
-    scheduleRefresh();
+    m_nbytes->setText(text);
 }
 
-void download::scheduleRefresh()
+QString download::bytes() const
 {
-    if (!m_refresh.isActive())
-        m_refresh.start(RefreshMs, this);
-}
-
-void download::refresh()
-{
-    m_refresh.stop();
-    if (!m_percentShown) {
-        m_avance->setValue(std::max(m_percent, 0));
-        m_porciento->setText(QString::number(m_percent) + QLatin1Char('%'));
-        m_percentShown = true;
-    }
-    m_nbytes->setText(bytes());
-}
-
-void download::timerEvent(QTimerEvent *event)
-{
-    if (event->timerId() == m_refresh.timerId())
-        refresh();
-    else
-        QWidget::timerEvent(event);
+    return m_nbytes->text();
 }
 
 void download::setArchivo(const QString &text)

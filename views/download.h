@@ -1,8 +1,7 @@
 #pragma once
 
-#include "downloadrow.h"
+#include "downloadlist.h"
 
-#include <QBasicTimer>
 #include <QRect>
 #include <QWidget>
 
@@ -20,10 +19,9 @@ struct RowLayout
 };
 RowLayout rowLayout(int rowWidth, int percentWidth, int lockWidth);
 
-// One download drawn as one row: file name, progress, percentage (or a lock), size and URL.
-// The engine writes the progress on every chunk: those writes only store the value, and the
-// labels and the bar take it up at most every RefreshMs.
-class download final : public QWidget, public DownloadRow
+// One download drawn as one row: file name, progress, percentage (or a lock), size and URL, in
+// the colours of its state.
+class download final : public QWidget
 {
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(download)
@@ -32,33 +30,31 @@ public:
     static constexpr int RowHeight = 300;    // twips
     static constexpr int PercentWidth = 675; // twips
     static constexpr int LockWidth = 240;    // twips
-    static constexpr int RefreshMs = 100;
 
     explicit download(QWidget *parent = nullptr);
 
-    void setLocked(bool locked) override;
-    bool locked() const override { return m_locked; }
-    void setPorcentaje(int percent) override;
-    int porcentaje() const override { return m_percent; }
-    void setBytes(qint64 count, SizeUnits units) override;
-    QString bytes() const override { return rowBytesText(m_bytes, m_units); }
-    void setArchivo(const QString &text) override;
-    QString archivo() const override { return m_archivo; }
-    void setUrl(const QString &text) override;
-    QString url() const override { return m_url; }
-    void setSelected(bool selected) override;
-    bool selected() const override { return m_selected; }
-    void setFinalizado(bool finished) override { m_finished = finished; }
-    bool finalizado() const override { return m_finished; }
-    void setRedoend(bool exhausted) override;
-    bool redoend() const override { return m_redoend; }
-    void setReconectando(bool reconnecting) override;
-    bool reconectando() const override { return m_reconnecting; }
-    void setToolTip(const QString &text) override { QWidget::setToolTip(text); }
-    void DownloadEnd() override;
+    // Shows what the list tells of the download, changing only what differs.
+    void showContent(const RowContent &content);
 
-    // Shows the progress written since the last refresh; the refresh timer calls it.
-    void refresh();
+    void setLocked(bool locked);
+    bool locked() const { return m_locked; }
+    void setPorcentaje(int percent);
+    int porcentaje() const { return m_percent; }
+    void setBytes(const QString &text);
+    QString bytes() const;
+    void setArchivo(const QString &text);
+    QString archivo() const { return m_archivo; }
+    void setUrl(const QString &text);
+    QString url() const { return m_url; }
+    void setSelected(bool selected);
+    bool selected() const { return m_selected; }
+    void setFinalizado(bool finished) { m_finished = finished; }
+    bool finalizado() const { return m_finished; }
+    void setRedoend(bool exhausted);
+    bool redoend() const { return m_redoend; }
+    void setReconectando(bool reconnecting);
+    bool reconectando() const { return m_reconnecting; }
+    void DownloadEnd();
 
 Q_SIGNALS:
     void Click();
@@ -69,12 +65,11 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
-    void timerEvent(QTimerEvent *event) override;
 
 private:
     void paintBackground(quint32 colour);
     void paintLabels(quint32 colour);
-    void scheduleRefresh();
+    void showStatus(DownloadStatus status);
     // Long paths and addresses lose their middle, so both ends stay readable.
     void showElided(QLabel *label, const QString &text);
 
@@ -89,11 +84,8 @@ private:
     quint32 m_baseColour = 0xFFFFFF;
     QString m_archivo = QStringLiteral("Archivo"); // the design captions
     QString m_url = QStringLiteral("URL");
-    qint64 m_bytes = -1;
-    SizeUnits m_units = SizeUnits::FromThreshold;
     int m_percent = 0;
-    bool m_percentShown = true;
-    QBasicTimer m_refresh;
+    DownloadStatus m_status = DownloadStatus::Running;
     bool m_locked = false;
     bool m_selected = false;
     bool m_finished = false;

@@ -5,6 +5,7 @@
 #include "detailwindow.h"
 #include "inactivelist.h"
 #include "linkdrop.h"
+#include "rowframe.h"
 
 #include <QAction>
 #include <QMenu>
@@ -13,8 +14,8 @@
 
 InactiveWindow::InactiveWindow(InactiveList &list, ActiveList &active, DetailWindow &detail,
                                QWidget *parent)
-    : QWidget(parent), m_list(&list), m_active(&active), m_detail(detail),
-      m_frame(new RowFrame(this)), m_menu(new QMenu(QStringLiteral("Menu2"), this))
+    : QWidget(parent), m_list(list), m_detail(detail), m_frame(new RowFrame(this)),
+      m_menu(new QMenu(QStringLiteral("Menu2"), this))
 {
     setObjectName(QStringLiteral("inactivas"));
     setWindowTitle(QStringLiteral("Descargas inactivas"));
@@ -33,25 +34,18 @@ InactiveWindow::InactiveWindow(InactiveList &list, ActiveList &active, DetailWin
     layout->addWidget(m_frame, 1);
     resize(720, 320);
 
-    m_rows = std::make_unique<RowBinding<InactiveList>>(list, *m_frame, m_menu);
-    connect(&list, &InactiveList::rowsChanged, this, &InactiveWindow::updateCommands);
+    m_rows = new RowList(list, *m_frame, m_menu);
     connect(&list, &InactiveList::selectionChanged, this, &InactiveWindow::updateCommands);
-    connect(&list, &InactiveList::propertiesRequested, this, [this](int index) {
-        if (m_list)
-            m_detail.describe(inactiveSource(*m_list, index));
-    });
-    new LinkDropTarget(this, [this](const QString &address) {
-        if (m_active)
-            m_active->AgregarArrastrando(address);
-    });
+    connect(&list, &InactiveList::propertiesRequested, this,
+            [this](int index) { m_detail.describe(inactiveSource(m_list, index)); });
+    new LinkDropTarget(this,
+                       [&active](const QString &address) { active.AgregarArrastrando(address); });
     updateCommands();
 }
 
-InactiveWindow::~InactiveWindow() = default;
-
 void InactiveWindow::buildCommands()
 {
-    InactiveList &list = *m_list;
+    InactiveList &list = m_list;
     m_continuar = makeCommand(this, "continuar2", QStringLiteral("Co&ntinuar"),
                               QStringLiteral("Continuar descarga"), QStringLiteral("continuar"));
     m_cancelar = makeCommand(this, "cancelar2", QStringLiteral("&Cancelar"),
@@ -63,7 +57,6 @@ void InactiveWindow::buildCommands()
         makeCommand(this, "propiedades2", QStringLiteral("&Propiedades"),
                     QStringLiteral("Información de la descarga"), QStringLiteral("propiedades"));
 
-    // The list is the receiver: once it has gone, the commands do nothing.
     connect(m_continuar, &QAction::triggered, &list, &InactiveList::CallContinue);
     connect(m_cancelar, &QAction::triggered, &list, &InactiveList::CallCancel);
     connect(m_bloquear, &QAction::triggered, &list, &InactiveList::bloquear);
@@ -74,7 +67,7 @@ void InactiveWindow::buildCommands()
 
 void InactiveWindow::updateCommands()
 {
-    const bool selected = m_list && m_list->existe(m_list->seleccionado());
+    const bool selected = m_list.existe(m_list.seleccionado());
     for (QAction *command : {m_continuar, m_cancelar, m_bloquear, m_propiedades})
         command->setEnabled(selected);
 }

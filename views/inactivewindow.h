@@ -2,15 +2,14 @@
 
 #include "activelist.h"
 #include "inactivelist.h"
-#include "rowbinding.h"
+#include "rowlist.h"
 
-#include <QPointer>
 #include <QWidget>
-#include <memory>
 
 class DetailWindow;
 class QAction;
 class QMenu;
+class RowFrame;
 
 // The window `inactivas`: one row per paused, queued or interrupted download, the toolbar
 // `opciones` (cancel, continue, lock) and the pop-up menu `menu2`. Links dropped on it go to the
@@ -23,7 +22,6 @@ class InactiveWindow final : public QWidget
 public:
     InactiveWindow(InactiveList &list, ActiveList &active, DetailWindow &detail,
                    QWidget *parent = nullptr);
-    ~InactiveWindow() override;
 
     QMenu *menu2() const { return m_menu; }
     download *rowAt(int index) const { return m_rows->rowAt(index); }
@@ -33,8 +31,7 @@ private:
     void buildCommands();
     void updateCommands();
 
-    QPointer<InactiveList> m_list;
-    QPointer<ActiveList> m_active;
+    InactiveList &m_list;
     DetailWindow &m_detail;
     RowFrame *m_frame;
     QMenu *m_menu;
@@ -42,5 +39,5 @@ private:
     QAction *m_cancelar = nullptr;
     QAction *m_bloquear = nullptr;
     QAction *m_propiedades = nullptr;
-    std::unique_ptr<RowBinding<InactiveList>> m_rows;
+    RowList *m_rows;
 };

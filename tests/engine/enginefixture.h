@@ -35,7 +35,7 @@ struct ServedFolder
     }
 };
 
-// Both lists wired together over a fresh program folder, a scripted desktop and plain rows.
+// Both lists wired together over a fresh program folder and a scripted desktop.
 struct EngineFixture
 {
     QTemporaryDir dir;
@@ -43,19 +43,14 @@ struct EngineFixture
     FakeDesktop desktop;
     RecordingHistory history;
     ProgramFolder folder{dir.path()};
-    ActiveList active{settings, desktop, history, folder, plainRows()};
-    InactiveList inactive{settings, desktop, history, folder, plainRows()};
+    ActiveList active{settings, desktop, history, folder};
+    InactiveList inactive{settings, desktop, history, folder};
 
     EngineFixture()
     {
         settings.defdir = dir.path() + QLatin1Char('/');
         active.setInactiveList(&inactive);
         inactive.setActiveList(&active);
-    }
-
-    static RowFactory plainRows()
-    {
-        return [](int) { return std::make_unique<RowState>(); };
     }
 
     QString path(const QString &name) const { return dir.filePath(name); }
@@ -77,9 +72,18 @@ struct EngineFixture
     int add(const QString &url, const QString &name = QStringLiteral("f.bin"),
             const QString &user = {}, const QString &password = {})
     {
-        return active.addnew(url, path(name), 0, 0, false, 0, false, user, password, false);
+        return active.addnew(
+            ListRecord{.Data = url, .path = path(name), .usernm = user, .passw = password});
     }
 
-    RowState &row(int index) { return static_cast<RowState &>(*active.rowAt(index)); }
-    Transfer &transfer(int index) { return *active.transferAt(index); }
+    // One second of the timers of the list and of download 1.
+    void second()
+    {
+        active.tiempotransTick();
+        if (active.existe(1))
+            transfer(1).silenceTick();
+    }
+
+    DownloadStatus status(int index) const { return active.slot(index).status; }
+    Transfer &transfer(int index) const { return *active.transfer(index); }
 };

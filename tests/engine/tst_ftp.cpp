@@ -66,13 +66,13 @@ void TestFtp::commandSequence()
     // What is on disk already: the true start of the file, or other bytes the server overwrites.
     f.write("x.zip", refuseRest ? QByteArray(onDisk, 'x') : Content.left(onDisk));
     f.add(server.url(path), "x.zip", user, user.isEmpty() ? "" : "freepwd");
-    QTRY_VERIFY(f.row(1).finalizado());
+    QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
     QTEST(server.commandWords(), "commands");
     if (!path.contains('/'))
         QCOMPARE(server.commands().value(3), QByteArray("CWD \r\n"));
     QCOMPARE(f.read("x.zip"), Content);
-    QCOMPARE(f.active.slotAt(1).total, Content.size());
-    QCOMPARE(f.active.slotAt(1).allowredo, !refuseRest);
+    QCOMPARE(f.active.slot(1).total, Content.size());
+    QCOMPARE(f.active.slot(1).allowredo, !refuseRest);
 }
 
 void TestFtp::greetingChunks_data()
@@ -113,8 +113,8 @@ void TestFtp::splitReplyLost()
     QTest::qWait(300);
     // Neither half is a size reply: the dialogue waits for the silence timer.
     QVERIFY(!server.commandWords().contains("PASV"));
-    QCOMPARE(f.active.slotAt(1).total, 0);
-    QCOMPARE(f.active.slotAt(1).ftpestado, QStringLiteral("GETSIZE"));
+    QCOMPARE(f.active.slot(1).total, 0);
+    QCOMPARE(f.active.slot(1).ftpestado, QStringLiteral("GETSIZE"));
 }
 
 void TestFtp::loginRefused()
@@ -141,15 +141,14 @@ void TestFtp::loginRefused()
     f.desktop.whileAsking = nullptr;
     QCOMPARE(f.desktop.callsOf("askFtpLogin"),
              QStringList{"Usuario incorrecto.|anonymous|freepwd"});
-    QCOMPARE(f.active.loginCaption(), QStringLiteral("Usuario/Contraseña"));
-    const DownloadSlot &slot = f.active.slotAt(1);
+    const DownloadSlot &slot = f.active.slot(1);
     QCOMPARE(slot.usernm, QStringLiteral("ana"));
     QVERIFY(slot.rememb);
-    QVERIFY(f.row(1).reconectando());
+    QCOMPARE(f.status(1), DownloadStatus::Connecting);
 
     // The retry logs in with the new credentials.
     f.transfer(1).redoTick();
-    QTRY_VERIFY(f.row(1).finalizado());
+    QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
     QVERIFY(server.commandWords().contains("PASS buena"));
     QCOMPARE(f.read("x"), Content);
 }

@@ -117,18 +117,18 @@ void TestHttp::resumeAfterDrop()
              "Connection: close\r\nRange: bytes=0-\r\n\r\n");
     QCOMPARE(status.last().at(1).toString(),
              "Se ha perdido la conexión con " + url + " . Reconectando...");
-    QVERIFY(f.row(1).reconectando() && !f.row(1).finalizado());
+    QCOMPARE(f.status(1), DownloadStatus::Connecting);
     // Of a chunked body, the size line is framing, not file.
-    QCOMPARE(f.active.slotAt(1).bytes, chunked ? 30001 - 7 : 30001);
+    QCOMPARE(f.active.slot(1).bytes, chunked ? 30001 - 7 : 30001);
 
     f.transfer(1).redoTick();
-    QTRY_VERIFY(f.row(1).finalizado());
+    QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
     QCOMPARE(ScriptedHttpServer::rangeStart(server.requests().value(1)), chunked ? 29993 : 30000);
     QCOMPARE(f.read("f.bin"), Content);
-    QCOMPARE(f.active.slotAt(1).allowredo, honourRange);
-    QCOMPARE(f.active.slotAt(1).total, Content.size());
+    QCOMPARE(f.active.slot(1).allowredo, honourRange);
+    QCOMPARE(f.active.slot(1).total, Content.size());
     QCOMPARE(f.transfer(1).redoBudget(), 4);
-    QCOMPARE(f.row(1).porcentaje(), 100);
+    QCOMPARE(f.active.row(1).porcentaje, 100);
     QCOMPARE(f.history.lines.size(), 1);
     QVERIFY(f.history.lines[0].startsWith("\r\nLa descarga de " + url + " a " + f.path("f.bin") +
                                           " ha finalizado tras "));
@@ -146,22 +146,22 @@ void TestHttp::silenceDropsOnce()
         return reply;
     });
     f.add(server.url("f.bin"));
-    QTRY_COMPARE(f.active.slotAt(1).bytes, 1001);
+    QTRY_COMPARE(f.active.slot(1).bytes, 1001);
     for (int i = 0; i < 5; ++i)
-        f.active.tiempotransTick();
+        f.second();
     QVERIFY(!f.transfer(1).redoActive());
-    f.active.tiempotransTick();
+    f.second();
     QVERIFY(f.transfer(1).redoActive());
-    QCOMPARE(f.active.slotAt(1).tiempo, 6);
+    QCOMPARE(f.active.slot(1).tiempo, 6);
     // Further silent seconds leave the waiting retry alone.
-    f.active.tiempotransTick();
+    f.second();
     QCOMPARE(f.transfer(1).redoBudget(), 5);
 
     // The retry and the next tick in the same instant: the new attempt is not judged silent.
     f.transfer(1).redoTick();
-    f.active.tiempotransTick();
+    f.second();
     QVERIFY(!f.transfer(1).redoActive());
-    QTRY_VERIFY(f.row(1).finalizado());
+    QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
     QCOMPARE(f.transfer(1).redoBudget(), 4);
     QCOMPARE(server.connections(), 2);
     QCOMPARE(f.read("f.bin"), Content);
@@ -185,13 +185,13 @@ void TestHttp::redirectsAcrossSchemes()
     QSignalSpy status(&f.active, &ActiveList::statusText);
     const QString url = first.url("a/f.bin");
     f.add(url);
-    QTRY_VERIFY(f.row(1).finalizado());
+    QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
     QCOMPARE(status.first().at(1).toString(), "El archivo " + url + " ha sido movido a " +
                                                   secure.url("b/f.bin") +
                                                   ".Se reconectará a esa dirección");
     QVERIFY(secure.requests().value(0).startsWith("GET /b/f.bin HTTP/1.1\r\n"));
     QVERIFY(target.requests().value(0).startsWith("GET /c/f.bin HTTP/1.1\r\n"));
-    QCOMPARE(f.active.slotAt(1).Data, target.url("c/f.bin"));
+    QCOMPARE(f.active.slot(1).Data, target.url("c/f.bin"));
     QCOMPARE(f.read("f.bin"), Content);
 }
 
@@ -251,13 +251,13 @@ void TestHttp::secureFailures()
     if (server == "silent") {
         QTRY_COMPARE(rawConnections, 1);
         for (int second = 0; second < 6; ++second)
-            f.active.tiempotransTick();
+            f.second();
     }
-    QTRY_VERIFY(f.row(1).redoend() || f.transfer(1).redoActive());
+    QTRY_VERIFY(f.status(1) == DownloadStatus::Exhausted || f.transfer(1).redoActive());
     // Nothing could pass for the download.
     QCOMPARE(f.read("f.bin"), QByteArray());
-    QVERIFY(!f.row(1).finalizado());
-    QCOMPARE(f.row(1).redoend(), !reason.isEmpty());
+    QVERIFY(f.status(1) != DownloadStatus::Finished);
+    QCOMPARE(f.status(1) == DownloadStatus::Exhausted, !reason.isEmpty());
     if (reason.isEmpty())
         return;
     const QString text = "El certificado de seguridad de " + url + " no es válido: " + reason + ".";
@@ -346,17 +346,19 @@ void TestHttp::replyEnds()
     QSignalSpy failed(&f.active, &ActiveList::downloadFailed);
     const QString url = server.url("f.bin");
     f.add(url);
-    QTRY_VERIFY_WITH_TIMEOUT(
-        f.row(1).finalizado() || f.transfer(1).redoActive() || f.row(1).redoend(), 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(f.status(1) != DownloadStatus::Connecting &&
+                                     f.status(1) != DownloadStatus::Running ||
+                                 f.transfer(1).redoActive(),
+                             10000);
     // A final failure waits for no retry, even a while later.
     QTest::qWait(end == "finished" || end == "lost" ? 0 : 50);
-    QCOMPARE(f.row(1).finalizado(), end == "finished");
+    QCOMPARE(f.status(1) == DownloadStatus::Finished, end == "finished");
     QCOMPARE(f.transfer(1).redoActive(), end == "lost");
-    QTEST(f.active.slotAt(1).total, "total");
+    QTEST(f.active.slot(1).total, "total");
     QVERIFY(files.contains(f.read("f.bin")));
     if (end == "finished" || end == "lost")
         return;
-    QVERIFY(f.row(1).redoend());
+    QCOMPARE(f.status(1), DownloadStatus::Exhausted);
     QVERIFY(!QFile::exists(f.path("f.bin")));
     QCOMPARE(f.desktop.callsOf("showMessageWindow"),
              QStringList{(end.contains("%1") ? end.arg(url) : end) + "|"});
@@ -382,12 +384,13 @@ void TestHttp::realServer()
     f.add(nginx->url("grande.bin"), "nuevo.bin");
     // A partial file whose resume flag was saved as off: the 206 decides where bytes go.
     f.write("parcial.bin", served.bytes.left(1234567));
-    f.active.addnew(nginx->url("grande.bin"), f.path("parcial.bin"), 0, 1234568, false, 0, false,
-                    "", "", false);
-    QTRY_VERIFY_WITH_TIMEOUT(f.row(1).finalizado() && f.row(2).finalizado(), 20000);
+    f.active.addnew(ListRecord{
+        .Data = nginx->url("grande.bin"), .path = f.path("parcial.bin"), .bytes = 1234568});
+    QTRY_VERIFY_WITH_TIMEOUT(
+        f.status(1) == DownloadStatus::Finished && f.status(2) == DownloadStatus::Finished, 20000);
     QCOMPARE(f.read("nuevo.bin"), served.bytes);
     QCOMPARE(f.read("parcial.bin"), served.bytes);
-    QCOMPARE(f.active.slotAt(2).bytesinicio, 1234568);
+    QCOMPARE(f.active.slot(2).bytesinicio, 1234568);
 }
 
 QTEST_GUILESS_MAIN(TestHttp)

@@ -2,6 +2,7 @@
 // called by hand. Transfers over the network are in tst_http and tst_ftp.
 #include "enginefixture.h"
 #include "quickadd.h"
+#include "scriptedhttpserver.h"
 #include "urls.h"
 
 #include <QSignalSpy>
@@ -15,15 +16,15 @@ const QString Url2 = QStringLiteral("ftp://127.0.0.1:9/pub/dos.bin");
 // A download of that name waiting in the queue.
 void queue(EngineFixture &f, const QString &name, bool locked = false)
 {
-    f.inactive.addnew("http://127.0.0.1:9/" + name, f.path(name), 0, 0, false, 0, false, "", "",
-                      false, locked);
+    f.inactive.addnew(
+        {.Data = "http://127.0.0.1:9/" + name, .path = f.path(name), .locked = locked});
 }
 
-// 39 more downloads in the queue, which then holds 40 with its template row.
+// 39 more downloads in the queue, which then holds 40 with its unused slot 0.
 void fillQueue(EngineFixture &f)
 {
     for (int i = 0; i < 39; ++i)
-        f.inactive.addnew("http://h/x", "/x", 0, 0, false, 0, true, "", "", false, false);
+        f.inactive.addnew({.Data = "http://h/x", .path = "/x"}, Loading::Yes);
 }
 
 } // namespace
@@ -51,14 +52,21 @@ private Q_SLOTS:
 void TestLists::listFiles()
 {
     EngineFixture f;
-    QCOMPARE(f.active.addnew(Url1, "/d/uno.zip", 0, 0, false, 7, false, "", "", false), 1);
-    QCOMPARE(
-        f.active.addnew(Url2, "/d/dos.bin", 3000, 1001, true, 55, false, "ana", "secreta", true),
-        2);
-    // A third with credentials it was not asked to remember, then finished: not saved.
-    QCOMPARE(f.active.addnew(Url2, "/d/tres", 0, 0, false, 0, false, "u", "p", false), 3);
-    f.active.slotAt(3).bytes = 5;
-    f.active.guardar_lista_activas();
+    QCOMPARE(f.active.addnew({.Data = Url1, .path = "/d/uno.zip", .tiempo = 7}), 1);
+    QCOMPARE(f.active.addnew({.Data = Url2,
+                              .path = "/d/dos.bin",
+                              .total = 3000,
+                              .bytes = 1001,
+                              .tiempo = 55,
+                              .allowredo = true,
+                              .usernm = "ana",
+                              .passw = "secreta",
+                              .rememb = true}),
+             2);
+    // Credentials it was not asked to remember are not written; a complete download is not
+    // written at all.
+    QCOMPARE(f.active.addnew({.Data = Url2, .path = "/d/tres", .bytes = 5, .usernm = "u"}), 3);
+    QCOMPARE(f.active.addnew({.Data = Url1, .path = "/d/cuatro", .total = 9, .bytes = 9}), 4);
     const QByteArray dos = "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/dos.bin\r\n 3000 \r\n 1001 \r\n"
                            " 55 \r\nTrue\r\nana\r\nsecreta\r\nTrue\r\n";
     QCOMPARE(f.read("activas.dwn"),
@@ -67,22 +75,30 @@ void TestLists::listFiles()
                  dos +
                  "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/tres\r\n 0 \r\n 5 \r\n 0 \r\nFalse\r\n\r\n"
                  "\r\nFalse\r\n");
-    f.active.rowAt(3)->DownloadEnd();
-    f.active.rowAt(3)->setFinalizado(true);
     f.active.delfile(1, false);
+    f.active.delfile(3, false);
     QVERIFY(!f.active.existe(1));
     QCOMPARE(f.read("activas.dwn"), dos);
 
-    f.inactive.addnew(Url1, "/d/uno", 2048, 1025, true, 9, false, "ana", "  s  ", true, true);
-    f.inactive.addnew(Url2, "/d/dos", 0, 1024, false, 0, false, "ana", "s", false, false);
+    f.inactive.addnew({.Data = Url1,
+                       .path = "/d/uno",
+                       .total = 2048,
+                       .bytes = 1025,
+                       .tiempo = 9,
+                       .allowredo = true,
+                       .usernm = "ana",
+                       .passw = "  s  ",
+                       .rememb = true,
+                       .locked = true});
+    f.inactive.addnew({.Data = Url2, .path = "/d/dos", .bytes = 1024, .usernm = "ana"});
     const QByteArray inactive = "http://127.0.0.1:9/uno.zip\r\n/d/uno\r\n 2048 \r\n 1025 \r\n"
                                 " 9 \r\nTrue\r\nana\r\n  s  \r\nTrue\r\nTrue\r\n"
                                 "ftp://127.0.0.1:9/pub/dos.bin\r\n/d/dos\r\n 0 \r\n 1024 \r\n"
                                 " 0 \r\nFalse\r\n\r\n\r\nFalse\r\nFalse\r\n";
     QCOMPARE(f.read("inactivas.dwn"), inactive);
-    QCOMPARE(f.inactive.rowAt(1)->bytes(), QStringLiteral("1 Kb"));
-    QCOMPARE(f.inactive.rowAt(1)->porcentaje(), 50);
-    QCOMPARE(f.inactive.rowAt(2)->bytes(), QStringLiteral("1024 bytes"));
+    QCOMPARE(f.inactive.row(1).bytes, QStringLiteral("1 Kb"));
+    QCOMPARE(f.inactive.row(1).porcentaje, 50);
+    QCOMPARE(f.inactive.row(2).bytes, QStringLiteral("1024 bytes"));
 
     // The same, complete, as a program ended at the wrong moment leaves it.
     EngineFixture g;
@@ -93,9 +109,9 @@ void TestLists::listFiles()
     g.inactive.load();
     QVERIFY(g.desktop.calls.isEmpty());
     // Saved as complete: shown as ended, never connected, the saved time dropped.
-    const DownloadSlot &slot = g.active.slotAt(1);
+    const DownloadSlot &slot = g.active.slot(1);
     QCOMPARE(g.active.rowCount(), 2);
-    QVERIFY(g.row(1).finalizado());
+    QCOMPARE(slot.status, DownloadStatus::Finished);
     QCOMPARE(QStringList({slot.Data, slot.usernm, slot.passw}),
              QStringList({Url2, "ana", "secreta"}));
     QCOMPARE(QList<qint64>({slot.total, slot.bytes, slot.tiempo}), QList<qint64>({3000, 3000, 0}));
@@ -103,7 +119,7 @@ void TestLists::listFiles()
     QCOMPARE(g.inactive.rowCount(), 3);
     // The blanks around the password are lost; the second kept no credentials.
     QCOMPARE(g.inactive.registro(1).passw, QStringLiteral("s"));
-    QVERIFY(g.inactive.registro(1).locked && g.inactive.rowAt(1)->locked());
+    QVERIFY(g.inactive.registro(1).locked && g.inactive.row(1).locked);
     QCOMPARE(g.inactive.registro(2).usernm, QString());
     // Loading does not rewrite the files it reads.
     QCOMPARE(g.read("activas.dwn") + g.read("inactivas.dwn"), complete + inactive);
@@ -156,8 +172,8 @@ void TestLists::limits()
 {
     EngineFixture f;
     // Refused addresses add nothing and write no file.
-    QCOMPARE(f.active.addnew("HTTPS://h/a", "/a", 0, 0, false, 0, false, "", "", false), 0);
-    QCOMPARE(f.active.addnew("http://h:80", "/a", 0, 0, false, 0, false, "", "", false), 0);
+    QCOMPARE(f.active.addnew({.Data = "HTTPS://h/a", .path = "/a"}), 0);
+    QCOMPARE(f.active.addnew({.Data = "http://h:80", .path = "/a"}), 0);
     QCOMPARE(f.active.rowCount(), 1);
     QCOMPARE(f.desktop.callsOf("messageBox"),
              (QStringList{"Critical|Dirección incorrecta.",
@@ -201,7 +217,7 @@ void TestLists::queueMoves()
     f.inactive.setSeleccionado(1);
     f.inactive.toactivas();
     QCOMPARE(f.active.rowCount(), 2);
-    QCOMPARE(f.active.slotAt(1).path, f.path("b"));
+    QCOMPARE(f.active.slot(1).path, f.path("b"));
     QVERIFY(!f.inactive.existe(2));
     // The line names the selected download, not the one that moved.
     QCOMPARE(f.history.lines.size(), 1);
@@ -274,7 +290,7 @@ void TestLists::typedAddresses()
     }
     // The file name has its blanks back.
     QCOMPARE(path, f.path(FileNameOf(added)));
-    QCOMPARE(f.active.slotAt(1).Data, added);
+    QCOMPARE(f.active.slot(1).Data, added);
     QCOMPARE(f.history.lines, QStringList{"\r\nDescargando " + added + " a " + path});
 }
 
@@ -296,7 +312,7 @@ void TestLists::quickAddQuestions()
     f.desktop.inputAnswers = {QStringLiteral("ftp://127.0.0.1:9/pub/f.bin")};
     f.desktop.loginAnswers = {FtpCredentials{"ana", "secreta", true}};
     QCOMPARE(quick.newurl({}), f.path("f.bin"));
-    const DownloadSlot &login = f.active.slotAt(3);
+    const DownloadSlot &login = f.active.slot(3);
     QCOMPARE(QStringList({login.usernm, login.passw}), QStringList({"ana", "secreta"}));
     QVERIFY(login.rememb);
     const QString overwrite = "askYesNo|El archivo indicado ya existe. ¿Desea sobreescribirlo?";
@@ -310,7 +326,7 @@ void TestLists::quickAddQuestions()
     QCOMPARE(quick.add("ftp://127.0.0.1:9/pub/my%20file.txt"), f.path("my file.txt"));
     QCOMPARE(quick.add("ftp://127.0.0.1:9/pub/b.txt"), f.path("b.txt"));
     QCOMPARE(f.active.rowCount(), 5);
-    const DownloadSlot &runs = f.active.slotAt(4);
+    const DownloadSlot &runs = f.active.slot(4);
     const ListRecord &queued = f.inactive.registro(1);
     QCOMPARE(
         QStringList({runs.Data, runs.usernm, runs.passw, queued.Data, queued.usernm, queued.passw}),
@@ -369,7 +385,7 @@ void TestLists::retryBudget()
     for (int i = 0; i < retries; ++i) {
         f.transfer(1).redoTick();
         QVERIFY(f.active.existe(1));
-        QVERIFY(f.row(1).reconectando());
+        QCOMPARE(f.status(1), DownloadStatus::Connecting);
         QCOMPARE(f.transfer(1).redoBudget(), retries - i - 1);
     }
     QVERIFY(f.desktop.calls.isEmpty());
@@ -395,30 +411,28 @@ void TestLists::speeds()
     QCOMPARE(status.last().at(1).toString(),
              QStringLiteral("Vel. Total: 0Kb/seg||Vel. Media: 0 Kb/seg"));
 
-    for (const char *name : {"a", "b", "c"})
-        f.active.addnew(QStringLiteral("http://127.0.0.1:9/") + name, f.path(name), 0, 0, false, 0,
-                        true, "", "", false);
-    // Slot 1: 300 Kb in 2 s since this connection began; slot 2: 100.5 Kb in 1 s; slot 3 is
-    // still connecting and does not count.
-    DownloadSlot &a = f.active.slotAt(1);
-    a.bytesinicio = 1 + 1024 * 100;
-    a.bytes = a.bytesinicio + 300 * 1024;
-    a.total = a.bytes - 1 + 1024 * 1500;
-    a.tiempoinicio = 10;
-    a.tiempo = 12;
-    DownloadSlot &b = f.active.slotAt(2);
-    b.bytesinicio = 1;
-    b.bytes = 1 + 1024 * 100 + 512;
-    b.tiempo = 1;
-    f.active.slotAt(3).tiempo = 4;
-    f.active.slotAt(3).bytes = 4096;
-    f.row(1).setReconectando(false);
-    f.row(2).setReconectando(false);
+    // Two servers send 300 Kb and 100.5 Kb of a 1800 Kb file and then nothing, the first over
+    // two seconds, the second over one; a third download is still connecting and does not
+    // count.
+    ScriptedHttpServer server([](const QByteArray &request, int) {
+        const int sent = request.contains("a.bin") ? 300 * 1024 : 100 * 1024 + 512;
+        HttpReply reply = HttpReply::of("HTTP/1.1 200 OK\r\nContent-Length: 1843200\r\n\r\n" +
+                                        QByteArray(sent, 'x'));
+        reply.stall = true;
+        return reply;
+    });
+    f.add(server.url("a.bin"), "a");
+    QTRY_COMPARE(f.active.slot(1).bytes, 300 * 1024 + 1);
+    f.active.tiempotransTick();
+    f.add(server.url("b.bin"), "b");
+    f.add("http://127.0.0.1:9/c", "c");
+    QTRY_COMPARE(f.active.slot(2).bytes, 100 * 1024 + 512 + 1);
+    f.active.tiempotransTick();
     f.active.setSeleccionado(1);
 
     f.active.updateTick();
-    QCOMPARE(a.velocidad, 150);
-    QCOMPARE(b.velocidad, 100); // 100.5 rounds to even
+    QCOMPARE(f.active.slot(1).velocidad, 150);
+    QCOMPARE(f.active.slot(2).velocidad, 100); // 100.5 rounds to even
     QCOMPARE(status.last().at(0).value<StatusPanel>(), StatusPanel::Velmedia);
     QCOMPARE(status.last().at(1).toString(),
              QStringLiteral("Vel. Total: 250Kb/seg||Vel. Media: 83.33 Kb/seg"));
@@ -434,13 +448,14 @@ void TestLists::shutdownWhenAllDone()
 {
     EngineFixture f;
     QSignalSpy requested(&f.active, &ActiveList::shutdownRequested);
-    f.active.addnew("http://127.0.0.1:9/x", f.path("x"), 0, 0, false, 0, true, "", "", false);
+    f.active.addnew({.Data = "http://127.0.0.1:9/x", .path = f.path("x")});
+    f.active.addnew({.Data = "http://127.0.0.1:9/y", .path = f.path("y"), .total = 5, .bytes = 5});
     f.active.shutdownTick();
     f.active.setApagar(true);
     f.active.shutdownTick();
     QVERIFY(f.desktop.calls.isEmpty());
-    f.row(1).DownloadEnd();
-    f.row(1).setFinalizado(true);
+    // Only a finished download is left.
+    f.active.delfile(1, false);
     f.active.shutdownTick();
     f.active.shutdownTick();
     QCOMPARE(f.desktop.calls, QStringList{"powerOff"});

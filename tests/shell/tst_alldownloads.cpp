@@ -52,9 +52,9 @@ void TestAllDownloads::commands()
         f.write(name, "part");
         const QString url = QStringLiteral("http://127.0.0.1:9/") + name;
         if (name[0] == 'a')
-            f.active.addnew(url, f.path(name), 0, 0, false, 0, true, "", "", false);
+            f.active.addnew({.Data = url, .path = f.path(name)}, Loading::Yes);
         else
-            f.inactive.addnew(url, f.path(name), 100, 4, true, 0, false, "", "", false, false);
+            f.inactive.addnew({.Data = url, .path = f.path(name), .total = 100, .bytes = 4});
     }
     f.desktop.yesNoAnswers = {yes};
     f.settings.maxdescval = maxdesc;

@@ -56,7 +56,7 @@ struct Fixture : EngineFixture
     void fill(int queued)
     {
         for (int i = 0; i < queued; ++i)
-            inactive.addnew("http://h/q.zip", "/q.zip", 0, 0, true, 0, true, "", "", false, false);
+            inactive.addnew({.Data = "http://h/q.zip", .path = "/q.zip"}, Loading::Yes);
     }
     void open(const QString &clipboard = {})
     {
@@ -471,7 +471,7 @@ void TestLinkGrabber::editingAndAddtolist()
     QVERIFY(!f.grabber.isVisible());
     const QString folder = f.path("elegida") + QDir::separator();
     QCOMPARE(f.active.rowCount() + f.inactive.rowCount(), 5);
-    QCOMPARE((QStringList{placed(f.active.slotAt(1)), placed(f.active.slotAt(2)),
+    QCOMPARE((QStringList{placed(f.active.slot(1)), placed(f.active.slot(2)),
                           placed(f.inactive.registro(1))}),
              (QStringList{asPlaced(root + "2.zip", folder + "2.zip"),
                           asPlaced(root + "d/my%20file.zip", folder + "my file.zip"),
@@ -595,7 +595,7 @@ void TestLinkGrabber::addtolist()
     const QString base = grabbed ? server.url("d/") : "http://h/d/";
     QVERIFY(!f.w->isVisible());
     QCOMPARE(f.active.rowCount(), 2);
-    QCOMPARE(placed(f.active.slotAt(1)), asPlaced(base + "a.zip", f.path("a.zip")));
+    QCOMPARE(placed(f.active.slot(1)), asPlaced(base + "a.zip", f.path("a.zip")));
     QCOMPARE(f.inactive.rowCount(), qMin(SlotCount, 1 + queued + 3));
     QCOMPARE(placed(f.inactive.registro(queued + 1)), asPlaced(base + "b.zip", f.path("b.zip")));
     QTEST(f.desktop.callsOf("messageBox"), "messages");

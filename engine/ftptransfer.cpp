@@ -1,0 +1,173 @@
+// The FTP control connection of a transfer. Replies drive the dialogue; the file arrives on
+// `ws`, whose close by the server ends the download.
+#include "ftptransfer.h"
+
+#include "failure.h"
+#include "ftplogin.h"
+#include "ftpreply.h"
+#include "urls.h"
+
+#include <QPointer>
+
+namespace {
+
+// A download saved without its credentials (they were not to be remembered) comes back with an
+// empty user name; it logs in as one added by quick add does.
+FtpCredentials loginOf(const DownloadSlot &slot)
+{
+    if (slot.usernm.isEmpty())
+        return FtpCredentials();
+    return FtpCredentials{slot.usernm, slot.passw, false};
+}
+
+// A close of our own must not look like a close by the server: no signal leaves the socket.
+void closeQuietly(QAbstractSocket &socket)
+{
+    const QSignalBlocker blocker(socket);
+    socket.abort();
+}
+
+} // namespace
+
+FtpTransfer::FtpTransfer(DownloadSlot &slot, TransferEvents &events, const TransferContext &context,
+                         int retries)
+    : Transfer(slot, events, context, retries), m_host(HostOf(slot.Data, context.desktop)),
+      m_port(PortOf(slot.Data))
+{
+    connect(&m_ftp, &QTcpSocket::connected, this, &FtpTransfer::controlConnected);
+    connect(&m_ftp, &QTcpSocket::readyRead, this, &FtpTransfer::controlReadyRead);
+    connect(&m_ftp, &QTcpSocket::disconnected, this, &FtpTransfer::controlClosed);
+    connect(&m_ftp, &QTcpSocket::errorOccurred, this, &FtpTransfer::controlError);
+}
+
+void FtpTransfer::start()
+{
+    attempt();
+    m_ftp.connectToHost(m_host, m_port);
+}
+
+void FtpTransfer::closeConnections()
+{
+    closeWs();
+    closeQuietly(m_ftp);
+}
+
+void FtpTransfer::received(QByteArrayView chunk)
+{
+    try {
+        writePayload(chunk);
+    } catch (const Failure &failure) {
+        // A write that failed (a full disk, a file taken away) ends this connection.
+        m_events.message(failure.description());
+        closeWs();
+        m_file.close();
+        armRedo();
+    }
+}
+
+void FtpTransfer::send(const QString &text)
+{
+    m_ftp.write(Ftp::command(text));
+}
+
+void FtpTransfer::controlConnected()
+{
+    m_slot.ftpestado = QStringLiteral("FTP");
+    // Only this attempt's answer to "REST 0" may allow a resume: a server that accepted it last
+    // time and refuses it now must not have its file continued at the old length.
+    m_slot.allowredo = false;
+    m_slot.tiempoinicio = m_slot.tiempo;
+    attempt();
+    setStatus(DownloadStatus::Running);
+    try {
+        m_file.open(m_slot.path);
+    } catch (const Failure &failure) {
+        // The download then waits for the silence count to try again.
+        m_events.message(failure.description());
+    }
+}
+
+void FtpTransfer::controlReadyRead()
+{
+    DownloadSlot &s = m_slot;
+    const QByteArray line = Ftp::lastLine(m_ftp.readAll());
+    const int code = Ftp::replyCode(line);
+    const FtpCredentials login = loginOf(s);
+    // The tests follow one another on the same reply; an earlier one can set up a later one.
+    if (code == 220)
+        send(QStringLiteral("USER ") + login.usernm);
+    if (code == 331)
+        send(QStringLiteral("PASS ") + login.passw);
+    if (code == 230) {
+        // Binary mode first: servers start in ASCII, where many refuse SIZE and REST and some
+        // rewrite line ends. Its 200 reply matches no test below.
+        send(QStringLiteral("TYPE I"));
+        send(QStringLiteral("CWD ") + Ftp::directoryOf(PathOf(s.Data)));
+    }
+    if (code == 250) {
+        send(QStringLiteral("REST 0"));
+        s.ftpestado = QStringLiteral("REST");
+    }
+    if (code == 350)
+        s.allowredo = true;
+    if (s.ftpestado == QLatin1String("REST")) {
+        // Sent right behind "REST 0", without waiting for its reply.
+        send(QStringLiteral("SIZE ") + FileNameOf(s.Data));
+        s.ftpestado = QStringLiteral("GETSIZE");
+    }
+    try {
+        if (code == 213) {
+            s.total = Ftp::sizeOf(line);
+            // Here `bytes` is the length on disk, one less than the next position: the data
+            // handler writes at the file's position, wherever that is.
+            s.bytes = m_file.length();
+            m_file.reserve(s.total);
+            if (s.allowredo) {
+                send(QStringLiteral("REST ") + QString::number(s.bytes));
+                m_file.seek(s.bytes + 1);
+            }
+            s.bytesinicio = m_file.position();
+            send(QStringLiteral("PASV"));
+        }
+        if (code == 227) {
+            const Ftp::Endpoint data = Ftp::passiveEndpoint(line);
+            m_ws.open(data.host, data.port, false);
+            send(QStringLiteral("RETR ") + FileNameOf(s.Data));
+        }
+    } catch (const Failure &) {
+        // A reply that cannot be used is ignored like any unknown one.
+    }
+    if (code == 530)
+        loginRefused();
+}
+
+void FtpTransfer::loginRefused()
+{
+    const QPointer<FtpTransfer> alive(this);
+    const std::optional<FtpCredentials> answer = m_context.login.askAgain(loginOf(m_slot));
+    // The download may have been removed while the person answered.
+    if (!answer || !alive || stopped())
+        return;
+    m_slot.usernm = answer->usernm;
+    m_slot.passw = answer->passw;
+    m_slot.rememb = answer->rememb;
+    closeConnections();
+    m_file.close();
+    armRedo();
+    setStatus(DownloadStatus::Connecting);
+}
+
+void FtpTransfer::controlClosed()
+{
+    m_file.close();
+}
+
+void FtpTransfer::controlError(QAbstractSocket::SocketError error)
+{
+    if (error == QAbstractSocket::RemoteHostClosedError)
+        return;
+    m_events.message(m_ftp.errorString());
+    closeQuietly(m_ftp);
+    m_file.close();
+    armRedo();
+}
