@@ -10,14 +10,14 @@ class TextFileWriter;
 // interchangeable.
 struct ListRecord
 {
-    QString Data;
-    QString path;
+    QString Data = {};
+    QString path = {};
     qint64 total = 0;
     qint64 bytes = 0;
     qint64 tiempo = 0;
     bool allowredo = false;
-    QString usernm;
-    QString passw;
+    QString usernm = {};
+    QString passw = {};
     bool rememb = false;
     bool locked = false;
 };
