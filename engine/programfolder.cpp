@@ -17,9 +17,11 @@ QString withoutTrailingSeparator(const QString &dir)
 
 } // namespace
 
-ProgramFolder::ProgramFolder(const QString &dir, const QString &dataDir)
+ProgramFolder::ProgramFolder(const QString &dir, const QString &dataDir, const QString &downloadDir)
     : m_dir(withoutTrailingSeparator(dir)),
-      m_dataDir(dataDir.isEmpty() ? m_dir : withoutTrailingSeparator(dataDir))
+      m_dataDir(dataDir.isEmpty() ? m_dir : withoutTrailingSeparator(dataDir)),
+      m_downloadDir(downloadDir.isEmpty() ? file(QStringLiteral("download"))
+                                          : withoutTrailingSeparator(downloadDir))
 {}
 
 QString ProgramFolder::file(const QString &name) const

@@ -3,13 +3,13 @@
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# Build: Qt and its Spanish translations. Tests: local servers, certificates, an RTF reader, and an
-# X server with a screen reader's view (the accessibility bus) for the end-to-end runs of the
-# windows.
+# Build: Qt and its Spanish translations. Tests: local servers, certificates, an RTF reader, an X
+# server with a screen reader's view (the accessibility bus) for the end-to-end runs of the
+# windows, and the desktop's own checks of the launcher and the software centre's entry.
 packages=(cmake g++ ninja-build qt6-base-dev qt6-qpa-plugins qt6-multimedia-dev qt6-webengine-dev
           qt6-svg-dev qt6-translations-l10n libgl-dev fonts-dejavu-core
           nginx-light python3-pyftpdlib openssl unrtf xvfb xauth xdotool
-          dbus-daemon at-spi2-core python3-pyatspi)
+          dbus-daemon at-spi2-core python3-pyatspi desktop-file-utils appstream)
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

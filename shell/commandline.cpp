@@ -35,15 +35,16 @@ CommandLine parseCommandLine(const QStringList &arguments)
 }
 
 ProgramFolder programFolderFor(const CommandLine &command, const QString &executableDir,
-                               const QString &userDataDir)
+                               const UserFolders &user)
 {
     const QString shared = QDir::cleanPath(executableDir + QStringLiteral("/../share/corvane"));
-    if (QFileInfo(shared + QStringLiteral("/msg")).isDir())
-        return ProgramFolder(command.home.isEmpty() ? userDataDir : command.home, shared);
     // The build puts msg/, the help and the start page beside the executable.
+    const QString dataDir =
+        QFileInfo(shared + QStringLiteral("/msg")).isDir() ? shared : executableDir;
     if (!command.home.isEmpty())
-        return ProgramFolder(command.home, executableDir);
-    if (QFileInfo(executableDir).isWritable())
+        return ProgramFolder(command.home, dataDir);
+    if (dataDir == executableDir && QFileInfo(executableDir).isWritable())
         return ProgramFolder(executableDir);
-    return ProgramFolder(userDataDir, executableDir);
+    // The per-user data folder is hidden: downloads kept there would never be found.
+    return ProgramFolder(user.data, dataDir, user.downloads);
 }

@@ -18,9 +18,17 @@ struct CommandLine
 
 CommandLine parseCommandLine(const QStringList &arguments);
 
+// The person's own folders, as the desktop names them.
+struct UserFolders
+{
+    QString data;      // for the settings, the lists and the history, e.g. ~/.local/share/corvane
+    QString downloads; // e.g. ~/Descargas
+};
+
 // Where this run keeps its files and finds what it ships. `--home` decides the program folder;
 // without it, a program run from its build folder keeps using that folder, while an installed
-// one (or one whose folder cannot be written) uses `userDataDir`. msg/, the help and the start
-// page are read from beside the executable, or from share/corvane once installed.
+// one (or one whose folder cannot be written) uses `user.data` and saves downloads in
+// `user.downloads` until the settings say otherwise. msg/, the help and the start page are read
+// from beside the executable, or from share/corvane once installed.
 ProgramFolder programFolderFor(const CommandLine &command, const QString &executableDir,
-                               const QString &userDataDir);
+                               const UserFolders &user);

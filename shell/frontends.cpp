@@ -14,7 +14,8 @@ namespace Startup {
 ProgramFolder folderOf(const CommandLine &command)
 {
     return programFolderFor(command, QCoreApplication::applicationDirPath(),
-                            QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
+                            {QStandardPaths::writableLocation(QStandardPaths::AppDataLocation),
+                             QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)});
 }
 
 // Without it nothing the person does could be kept.

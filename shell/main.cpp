@@ -21,7 +21,12 @@ const char Usage[] =
     "                  (0: todo terminado, 1: alguna descarga falló o fue rechazada,\n"
     "                  3: la carpeta ya la usa otro Corvane)\n"
     "  --help          muestra esta ayuda\n"
-    "  --version       muestra la versión\n";
+    "  --version       muestra la versión\n"
+    "\n"
+    "Las descargas se guardan en el directorio por defecto de la configuración. Mientras\n"
+    "no se elija otro, es la carpeta de descargas del usuario (p. ej. ~/Descargas) si la\n"
+    "carpeta del programa es ~/.local/share/corvane, y si no, download/ dentro de la\n"
+    "carpeta del programa.\n";
 
 } // namespace
 

@@ -55,7 +55,7 @@ SettingsModel::SettingsModel(const ProgramFolder &folder, Desktop &desktop, Hist
                              QObject *parent)
     : QObject(parent), m_folder(folder), m_desktop(desktop), m_history(history)
 {
-    m_settings.defdir = withSeparator(defaultDownloadFolder());
+    m_settings.defdir = withSeparator(m_folder.downloadDir());
     m_settings.histrut = m_folder.file(QStringLiteral("historial.rtf"));
 }
 
@@ -67,11 +67,6 @@ QString SettingsModel::filePath() const
 std::span<const SpinSetting> SettingsModel::spins()
 {
     return Spins;
-}
-
-QString SettingsModel::defaultDownloadFolder() const
-{
-    return m_folder.file(QStringLiteral("download"));
 }
 
 bool SettingsModel::load()
@@ -104,7 +99,7 @@ void SettingsModel::read(TextFileReader &reader)
 {
     Settings &s = m_settings;
     const QString folder = reader.readLine();
-    s.defdir = withSeparator(folder.isEmpty() ? defaultDownloadFolder() : folder);
+    s.defdir = withSeparator(folder.isEmpty() ? m_folder.downloadDir() : folder);
     readCheck(reader, &Settings::initstart);
     readCheck(reader, &Settings::showmsg);
     readCheck(reader, &Settings::exevirus);
@@ -209,7 +204,7 @@ bool SettingsModel::write()
 
     // Only now, so the file keeps the empty line and the next read applies the default itself.
     if (m_settings.defdir.isEmpty()) {
-        m_settings.defdir = withSeparator(defaultDownloadFolder());
+        m_settings.defdir = withSeparator(m_folder.downloadDir());
         Q_EMIT changed();
     }
     return true;

@@ -60,7 +60,6 @@ private:
     void readOption(TextFileReader &reader, bool Settings::*field);
     void applySpin(const SpinSetting &spin, qint64 value);
     bool turnOn(bool Settings::*field);
-    QString defaultDownloadFolder() const;
 
     ProgramFolder m_folder;
     Desktop &m_desktop;

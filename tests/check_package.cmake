@@ -10,6 +10,7 @@ execute_process(COMMAND dpkg-deb --contents ${packages} OUTPUT_VARIABLE contents
 foreach(file
     ./usr/bin/corvane
     ./usr/share/applications/corvane.desktop
+    ./usr/share/metainfo/org.corvane.Corvane.metainfo.xml
     ./usr/share/icons/hicolor/scalable/apps/corvane.svg
     ./usr/share/icons/hicolor/48x48/apps/corvane.png
     ./usr/share/corvane/msg/ding.wav
@@ -26,6 +27,23 @@ foreach(dependency libqt6widgets6 libqt6webenginecore6 libqt6multimedia6 qt6-qpa
   string(FIND "${depends}" "${dependency}" at)
   if(at EQUAL -1)
     message(FATAL_ERROR "The package does not depend on ${dependency}: ${depends}")
+  endif()
+endforeach()
+# The launcher and the software centre's entry, as installed, pass the desktop's own checks.
+execute_process(COMMAND dpkg-deb --extract ${packages} ${WORK_DIR}/root)
+foreach(check
+    "desktop-file-validate;usr/share/applications/corvane.desktop"
+    "appstreamcli;validate;--no-net;usr/share/metainfo/org.corvane.Corvane.metainfo.xml")
+  list(GET check 0 tool)
+  unset(found)
+  find_program(found ${tool} NO_CACHE)
+  if(NOT found)
+    message(FATAL_ERROR "${tool} is missing: scripts/setup.sh installs it")
+  endif()
+  execute_process(COMMAND ${check} WORKING_DIRECTORY ${WORK_DIR}/root
+                  RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "${check} fails:\n${output}")
   endif()
 endforeach()
 execute_process(COMMAND ${CMAKE_COMMAND} -E rm -rf ${WORK_DIR})

@@ -21,6 +21,20 @@ struct Run
     bool ended() const { return process.state() == QProcess::NotRunning; }
 };
 
+// The program as `cmake --install` lays it out under a prefix of its own; installed once a run.
+QString installedProgram()
+{
+    static QTemporaryDir prefix;
+    static const bool installed = [] {
+        QProcess install;
+        install.start(
+            qEnvironmentVariable("CMAKE_COMMAND"),
+            {"--install", qEnvironmentVariable("CORVANE_BUILD_DIR"), "--prefix", prefix.path()});
+        return install.waitForFinished(60000) && install.exitCode() == 0;
+    }();
+    return installed ? prefix.filePath("bin/corvane") : QString();
+}
+
 } // namespace
 
 class TestHeadless : public QObject
@@ -30,6 +44,8 @@ class TestHeadless : public QObject
 private Q_SLOTS:
     void queueAndFailures();
     void stopsOnTermAndResumes();
+    void installed_data();
+    void installed();
     void usage_data();
     void usage();
 };
@@ -103,6 +119,62 @@ void TestHeadless::stopsOnTermAndResumes()
     QCOMPARE(second.process.exitCode(), 0);
     QCOMPARE(ScriptedHttpServer::rangeStart(server.requests().value(1)), 100000);
     QCOMPARE(f.read("download/f.bin"), Content);
+}
+
+void TestHeadless::installed_data()
+{
+    // All under the person's home: --home (none when empty), the folder the file lands in and
+    // line 1 of corvane.ini after the run.
+    QTest::addColumn<QString>("home");
+    QTest::addColumn<bool>("emptyFolderLine"); // a settings file whose line 1 is empty
+    QTest::addColumn<QString>("landsIn");
+    QTest::addColumn<QString>("folderLine");
+    QTest::newRow("first start") << "" << false << "Descargas/"
+                                 << "Descargas/";
+    QTest::newRow("empty folder line") << "" << true << "Descargas/"
+                                       << "";
+    QTest::newRow("--home") << "carpeta" << false << "carpeta/download/"
+                            << "carpeta/download/";
+}
+
+void TestHeadless::installed()
+{
+    QFETCH(QString, home);
+    QFETCH(bool, emptyFolderLine);
+    QFETCH(QString, landsIn);
+    QFETCH(QString, folderLine);
+    const QString program = installedProgram();
+    QVERIFY2(!program.isEmpty(), "cmake --install failed");
+    // setup: a home whose desktop names its downloads folder, as xdg-user-dirs writes it
+    const QString folder = home.isEmpty() ? ".local/share/corvane" : home;
+    SettingsFixture f(folder);
+    QVERIFY(QDir().mkpath(f.path(folder)) && QDir().mkpath(f.path(".config")));
+    f.write(".config/user-dirs.dirs", "XDG_DOWNLOAD_DIR=\"$HOME/Descargas\"\n");
+    if (emptyFolderLine) {
+        f.model.setText(&Settings::defdir, "");
+        QVERIFY(f.saveQuiet());
+    }
+    ScriptedHttpServer server([](const QByteArray &request, int) {
+        return ScriptedHttpServer::file(Content, request, false);
+    });
+    QProcess run;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("HOME", f.dir.path());
+    environment.insert("XDG_CONFIG_HOME", f.path(".config"));
+    environment.remove("XDG_DATA_HOME");
+    run.setProcessEnvironment(environment);
+    QStringList arguments{"--headless", server.url("f.bin")};
+    if (!home.isEmpty())
+        arguments << "--home" << f.path(home);
+
+    run.start(program, arguments);
+    QTRY_VERIFY_WITH_TIMEOUT(run.state() == QProcess::NotRunning, 20000);
+
+    QCOMPARE(run.exitCode(), 0);
+    QCOMPARE(f.read(landsIn + "f.bin"), Content);
+    const QByteArray settings = f.read(folder + "/corvane.ini");
+    QCOMPARE(settings.left(settings.indexOf("\r\n")),
+             folderLine.isEmpty() ? QByteArray() : f.path(folderLine).toUtf8());
 }
 
 void TestHeadless::usage_data()

@@ -236,12 +236,18 @@ void TestStartup::folders_data()
     QTest::addColumn<bool>("installed");
     QTest::addColumn<bool>("writable");
     QTest::addColumn<QString>("home");
-    QTest::addColumn<QStringList>("chosen"); // the program folder, then where msg/ is read
-    QTest::newRow("build folder") << false << true << "" << QStringList{"exe", "exe"};
-    QTest::newRow("build folder, --home") << false << true << "home" << QStringList{"home", "exe"};
-    QTest::newRow("folder not writable") << false << false << "" << QStringList{"user", "exe"};
-    QTest::newRow("installed") << true << true << "" << QStringList{"user", "share"};
-    QTest::newRow("installed, --home") << true << false << "home" << QStringList{"home", "share"};
+    // The program folder, where msg/ is read, and where downloads go while the settings name no
+    // folder: never in the hidden per-user folder.
+    QTest::addColumn<QStringList>("chosen");
+    QTest::newRow("build folder") << false << true << ""
+                                  << QStringList{"exe", "exe", "exe/download"};
+    QTest::newRow("build folder, --home")
+        << false << true << "home" << QStringList{"home", "exe", "home/download"};
+    QTest::newRow("folder not writable")
+        << false << false << "" << QStringList{"user", "exe", "downloads"};
+    QTest::newRow("installed") << true << true << "" << QStringList{"user", "share", "downloads"};
+    QTest::newRow("installed, --home")
+        << true << false << "home" << QStringList{"home", "share", "home/download"};
 }
 
 void TestStartup::folders()
@@ -258,18 +264,22 @@ void TestStartup::folders()
     const QHash<QString, QString> places{{"exe", exe},
                                          {"user", root.filePath("user")},
                                          {"home", root.filePath("home")},
-                                         {"share", root.filePath("share/corvane")}};
+                                         {"share", root.filePath("share/corvane")},
+                                         {"downloads", root.filePath("Descargas")}};
     const auto all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
     QFile::setPermissions(exe, writable ? all : QFile::ReadOwner | QFile::ExeOwner);
     CommandLine command;
     command.home = places.value(home);
-    const ProgramFolder folder = programFolderFor(command, exe, places["user"]);
+    const ProgramFolder folder =
+        programFolderFor(command, exe, {places["user"], places["downloads"] + "/"});
     QFile::setPermissions(exe, all);
     // Root writes anywhere: the unwritable case can only be seen by another user.
     if (!writable && !installed && QFileInfo(exe).isWritable())
         QSKIP("running as root");
     QCOMPARE(folder.dir(), places[chosen[0]]);
     QCOMPARE(folder.dataFile("msg"), places[chosen[1]] + "/msg");
+    const QString place = chosen[2].section('/', 0, 0);
+    QCOMPARE(folder.downloadDir(), places[place] + chosen[2].mid(place.size()));
 }
 
 QTEST_MAIN(TestStartup)
