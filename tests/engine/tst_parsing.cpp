@@ -163,6 +163,8 @@ void TestParsing::pieces_data()
     row("passive", "227 ok (127, 0, 0, 1, 200, 1)\r", "127.0.0.1:51201");
     row("passive", "227 ok\r", "Failure");
     row("passive", "227 (1,2,3,4,5)\r", "Failure");
+    row("passive", "227 (1,2,3,4,72057594037927937,1)\r", "Failure"); // 2^56 + 1: overflow
+    row("passive", "227 (1,2,3,4,0,256)\r", "Failure");
     // Reading past the end fails.
     row("fields", "12,5\r\n7\r\n", "12 | 5 | 7 | Failure");
     row("fields", "\"a, b\" \r\nx\r\n", "a, b | x | Failure");
