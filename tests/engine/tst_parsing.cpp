@@ -140,6 +140,11 @@ void TestParsing::pieces_data()
     row("head", "HTTP/1.1 302 Found\nLocation: https://b/d.zip\n\n",
         "302 | -1 |  | https://b/d.zip | ");
     row("head", "HTTP/1.1 302 Found\r\nlocation: http://b/\r\n\r\n", "302 | -1 |  |  | ");
+    // A lone CR or LF ends the address too, though the value runs on to a later CR LF.
+    row("head", "HTTP/1.1 302 Found\nLocation: http://b/x\rc\r\n\r\n",
+        "302 | -1 |  | http://b/x | ");
+    row("head", "HTTP/1.0 302 Found\nLocation: http://b/y\nServer: z\r\n\r\n",
+        "302 | -1 |  | http://b/y | ");
     row("head", "HTTP/1.1 200 OK\r\nTRANSFER-encoding:  Chunked \r\n\r\n5\r\n",
         "200 | -1 | 5\r\n |  | chunked");
     row("head", "HTTP/1.1 200 OK\r\nTransfer-Encoding: gzip, chunked\r\n\r\n",
