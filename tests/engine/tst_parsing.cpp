@@ -174,6 +174,7 @@ void TestParsing::pieces_data()
     row("fields", "12,5\r\n7\r\n", "12 | 5 | 7 | Failure");
     row("fields", "\"a, b\" \r\nx\r\n", "a, b | x | Failure");
     row("fields", "a\nb", "a | b | Failure");
+    row("fields", "\"a\r\nb\"\r\nc\r\n", "a | b\" | c | Failure"); // quotes end with the line
     row("fields", "1\r\nTrue", "1 | True | Failure");
     row("lines", "  C:\\a, b  \r\n\r\nlast", "  C:\\a, b   |  | last | Failure");
     row("lines", "http://h/\xc3\xb1.zip\r\n-3 \r\n", "http://h/ñ.zip | -3  | Failure");
