@@ -34,6 +34,8 @@ build() {
 }
 
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1}
+# The file targets write a file or two per input; in memory that is four times faster.
+[ -z "${TMPDIR:-}" ] && [ -w /dev/shm ] && export TMPDIR=/dev/shm
 mkdir -p "$build/findings"
 
 # fuzz TARGET SECONDS LOG CORPUS...: new inputs go to the first corpus folder.
