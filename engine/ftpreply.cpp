@@ -58,10 +58,12 @@ Endpoint passiveEndpoint(QByteArrayView line)
     Endpoint endpoint;
     for (qsizetype i = 0; i < 4; ++i)
         endpoint.host += (i ? QStringLiteral(".") : QString()) + numbers[i].trimmed();
-    const qint64 port = leadingNumber(numbers[4]) * 256 + leadingNumber(numbers[5]);
-    if (port < 0 || port > 65535)
+    // The two bytes of the port; larger numbers would overflow the product.
+    const qint64 high = leadingNumber(numbers[4]);
+    const qint64 low = leadingNumber(numbers[5]);
+    if (high < 0 || high > 255 || low < 0 || low > 255)
         throw Failure(QStringLiteral("Puerto de datos incorrecto"));
-    endpoint.port = quint16(port);
+    endpoint.port = quint16(high * 256 + low);
     return endpoint;
 }
 

@@ -89,7 +89,12 @@ QString location(QByteArrayView chunk)
     if (at < 0)
         return QString();
     const qsizetype from = at + Name.size();
-    const QByteArrayView address = part(chunk, from, valueEnd(chunk, from) - from);
+    QByteArrayView address = part(chunk, from, valueEnd(chunk, from) - from);
+    // The value may run past a lone CR or LF to the CR LF of a later line; the address is kept
+    // in the list files, where a line break would split its download in two.
+    const auto lineBreak =
+        std::find_if(address.begin(), address.end(), [](char c) { return c == '\r' || c == '\n'; });
+    address.truncate(lineBreak - address.begin());
     return QString::fromUtf8(address.data(), address.size());
 }
 

@@ -18,7 +18,7 @@ int statusCode(QByteArrayView chunk);
 qint64 contentLength(QByteArrayView chunk);
 // Where the payload starts: after CR LF CR LF, else after LF LF, else 0 (the whole chunk).
 qsizetype bodyStart(QByteArrayView chunk);
-// The address of a "Location: " line; empty when there is none.
+// The address of a "Location: " line, up to its first line break; empty when there is none.
 QString location(QByteArrayView chunk);
 // The head, up to its blank line, has a Transfer-Encoding line (any letter case) that ends in
 // "chunked". A head without a blank line is written whole, so it never is.

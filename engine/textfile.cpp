@@ -85,10 +85,13 @@ QString TextFileReader::readField()
         ++m_pos;
     QByteArray field;
     if (m_pos < m_content.size() && m_content[m_pos] == '"') {
-        const qsizetype close = m_content.indexOf('"', m_pos + 1);
-        const qsizetype end = close < 0 ? m_content.size() : close;
+        // A quote not closed on its line ends with the line: a field holding a line break would
+        // split its record in two when the file is written back.
+        qsizetype end = m_pos + 1;
+        while (end < m_content.size() && m_content[end] != '"' && !isLineEnd(m_content[end]))
+            ++end;
         field = m_content.mid(m_pos + 1, end - m_pos - 1);
-        m_pos = close < 0 ? end : close + 1;
+        m_pos = end < m_content.size() && m_content[end] == '"' ? end + 1 : end;
         // Whatever stands between the closing quote and the delimiter is skipped.
         while (m_pos < m_content.size() && m_content[m_pos] != ',' && !isLineEnd(m_content[m_pos]))
             ++m_pos;

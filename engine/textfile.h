@@ -32,7 +32,7 @@ public:
     // Everything up to the line end (CR LF, LF or CR), blanks included.
     QString readLine();
     // Leading blanks skipped, up to the next comma or line end, trailing blanks dropped; a quoted
-    // field runs to its closing quote. The next read goes on after the comma.
+    // field runs to its closing quote on the same line. The next read goes on after the comma.
     QString readField();
 
 private:

@@ -1,6 +1,10 @@
 #!/usr/bin/env bash
 # Installs the Debian packages Corvane needs (only those missing) and builds it into build/.
+# With --fuzz it installs what the fuzz targets need as well and builds nothing: tests/fuzz/run.sh
+# builds its own folder.
 set -euo pipefail
+fuzz=0
+[ "${1:-}" = --fuzz ] && fuzz=1
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # Build: Qt and its Spanish translations. Tests: local servers, certificates, an RTF reader, an X
@@ -10,6 +14,8 @@ packages=(cmake g++ ninja-build qt6-base-dev qt6-qpa-plugins qt6-multimedia-dev 
           qt6-svg-dev qt6-translations-l10n libgl-dev fonts-dejavu-core
           nginx-light python3-pyftpdlib openssl unrtf xvfb xauth xdotool
           dbus-daemon at-spi2-core python3-pyatspi desktop-file-utils appstream)
+# Fuzzing: clang with its sanitizer and libFuzzer runtimes, and a compiler cache for its builds.
+((fuzz)) && packages+=(clang libclang-rt-14-dev ccache)
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
@@ -22,6 +28,7 @@ if ((${#missing[@]})); then
     DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends \
         "${missing[@]}" >/dev/null
 fi
+((fuzz)) && exit 0
 
 werror=OFF
 [ -n "${CI:-}" ] && werror=ON

@@ -1,31 +1,10 @@
 #include "filelistimport.h"
 
 #include "desktop.h"
-#include "failure.h"
 #include "placement.h"
 #include "settings.h"
-#include "textfile.h"
 
 #include <QFile>
-
-ListFile readListFile(const QByteArray &content)
-{
-    ListFile list;
-    TextFileReader reader(content);
-    try {
-        reader.readField();
-        list.url = reader.readField();
-        while (!reader.atEnd()) {
-            reader.readField();
-            if (reader.atEnd())
-                break;
-            list.names.append(reader.readField());
-        }
-    } catch (const Failure &failure) {
-        list.failure = failure.description();
-    }
-    return list;
-}
 
 FileListImport::FileListImport(ActiveList &active, InactiveList &inactive, const Settings &settings,
                                Desktop &desktop, QObject *parent)

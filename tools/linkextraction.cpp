@@ -1,6 +1,7 @@
 #include "linkextraction.h"
 
 #include "failure.h"
+#include "textfile.h"
 #include "urls.h"
 
 QString GetMainWeb(const QString &url)
@@ -19,6 +20,23 @@ bool SearchExtension(const QString &address, const QStringList &ext)
             return false;
     }
     return true;
+}
+
+QStringList readEndings(const QString &path)
+{
+    TextFileReader reader = TextFileReader::open(path);
+    QStringList endings;
+    while (!reader.atEnd())
+        endings.append(reader.readLine());
+    return endings;
+}
+
+void writeEndings(const QString &path, const QStringList &endings)
+{
+    TextFileWriter writer;
+    for (const QString &ending : endings)
+        writer.line(ending);
+    writer.commit(path);
 }
 
 LinkScanner::LinkScanner(QString code, QString pattern, QString base)

@@ -12,6 +12,10 @@ QString GetMainWeb(const QString &url);
 // none matches; with no endings at all every address is unwanted.
 bool SearchExtension(const QString &address, const QStringList &ext);
 
+// The endings kept in "listado.lst", one per line, blank lines too. Both throw Failure.
+QStringList readEndings(const QString &path);
+void writeEndings(const QString &path, const QStringList &endings);
+
 // Walks the page text for the addresses that follow `pattern` ("a href=", "img src="), one at a
 // time, never going back: each search starts where the previous address ended. An address is
 // taken as written (quoted with double quotes, or up to the nearest of '"', '>', '<' and a blank),

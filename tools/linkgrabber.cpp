@@ -5,7 +5,6 @@
 #include "linkextraction.h"
 #include "placement.h"
 #include "settings.h"
-#include "textfile.h"
 #include "urls.h"
 
 #include <QCoreApplication>
@@ -52,11 +51,9 @@ void LinkGrabber::load(const QString &clipboard)
     const QString file = m_folder.file(EndingsFile);
     if (QFileInfo::exists(file)) {
         try {
-            TextFileReader reader = TextFileReader::open(file);
             // The file keeps the whole list, built-in endings included, and all of it follows
             // the built-in ones.
-            while (!reader.atEnd())
-                m_ext.append(reader.readLine());
+            m_ext += readEndings(file);
         } catch (const Failure &failure) {
             m_desktop.messageBox(failure.description(), Desktop::Icon::Critical);
         }
@@ -243,11 +240,8 @@ void LinkGrabber::addtolist()
 
 void LinkGrabber::saveEndings()
 {
-    TextFileWriter writer;
-    for (const QString &ending : std::as_const(m_ext))
-        writer.line(ending);
     try {
-        writer.commit(m_folder.file(EndingsFile));
+        writeEndings(m_folder.file(EndingsFile), m_ext);
     } catch (const Failure &failure) {
         m_desktop.messageBox(failure.description(), Desktop::Icon::Critical);
     }

@@ -140,6 +140,11 @@ void TestParsing::pieces_data()
     row("head", "HTTP/1.1 302 Found\nLocation: https://b/d.zip\n\n",
         "302 | -1 |  | https://b/d.zip | ");
     row("head", "HTTP/1.1 302 Found\r\nlocation: http://b/\r\n\r\n", "302 | -1 |  |  | ");
+    // A lone CR or LF ends the address too, though the value runs on to a later CR LF.
+    row("head", "HTTP/1.1 302 Found\nLocation: http://b/x\rc\r\n\r\n",
+        "302 | -1 |  | http://b/x | ");
+    row("head", "HTTP/1.0 302 Found\nLocation: http://b/y\nServer: z\r\n\r\n",
+        "302 | -1 |  | http://b/y | ");
     row("head", "HTTP/1.1 200 OK\r\nTRANSFER-encoding:  Chunked \r\n\r\n5\r\n",
         "200 | -1 | 5\r\n |  | chunked");
     row("head", "HTTP/1.1 200 OK\r\nTransfer-Encoding: gzip, chunked\r\n\r\n",
@@ -163,10 +168,13 @@ void TestParsing::pieces_data()
     row("passive", "227 ok (127, 0, 0, 1, 200, 1)\r", "127.0.0.1:51201");
     row("passive", "227 ok\r", "Failure");
     row("passive", "227 (1,2,3,4,5)\r", "Failure");
+    row("passive", "227 (1,2,3,4,72057594037927937,1)\r", "Failure"); // 2^56 + 1: overflow
+    row("passive", "227 (1,2,3,4,0,256)\r", "Failure");
     // Reading past the end fails.
     row("fields", "12,5\r\n7\r\n", "12 | 5 | 7 | Failure");
     row("fields", "\"a, b\" \r\nx\r\n", "a, b | x | Failure");
     row("fields", "a\nb", "a | b | Failure");
+    row("fields", "\"a\r\nb\"\r\nc\r\n", "a | b\" | c | Failure"); // quotes end with the line
     row("fields", "1\r\nTrue", "1 | True | Failure");
     row("lines", "  C:\\a, b  \r\n\r\nlast", "  C:\\a, b   |  | last | Failure");
     row("lines", "http://h/\xc3\xb1.zip\r\n-3 \r\n", "http://h/ñ.zip | -3  | Failure");
