@@ -1,7 +1,35 @@
 #include "linkextraction.h"
 
 #include "failure.h"
+#include "textfile.h"
 #include "urls.h"
+
+#include <QFileInfo>
+
+const QStringList &builtInEndings()
+{
+    static const QStringList endings = {
+        QStringLiteral("exe"), QStringLiteral("zip"), QStringLiteral("ace"), QStringLiteral("tar"),
+        QStringLiteral("iso"), QStringLiteral("bmp"), QStringLiteral("gif"), QStringLiteral("jpg")};
+    return endings;
+}
+
+void appendSavedEndings(QStringList &endings, const QString &path)
+{
+    TextFileReader reader = TextFileReader::open(path);
+    while (!reader.atEnd())
+        endings.append(reader.readLine());
+}
+
+QStringList wantedEndings(const QString &path)
+{
+    QStringList endings = builtInEndings();
+    if (QFileInfo::exists(path))
+        appendSavedEndings(endings, path);
+    endings.removeAll(QString());
+    endings.removeDuplicates();
+    return endings;
+}
 
 QString GetMainWeb(const QString &url)
 {

@@ -14,12 +14,6 @@
 
 namespace {
 
-const QString EndingsFile = QStringLiteral("listado.lst");
-
-const QStringList BuiltInEndings = {
-    QStringLiteral("exe"), QStringLiteral("zip"), QStringLiteral("ace"), QStringLiteral("tar"),
-    QStringLiteral("iso"), QStringLiteral("bmp"), QStringLiteral("gif"), QStringLiteral("jpg")};
-
 bool isWebAddress(const QString &text)
 {
     return text.startsWith(QLatin1String("http://")) || text.startsWith(QLatin1String("https://"));
@@ -48,15 +42,11 @@ void LinkGrabber::load(const QString &clipboard)
     m_destdir = m_settings.defdir;
     if (!m_destdir.endsWith(QDir::separator()))
         m_destdir += QDir::separator();
-    m_ext = BuiltInEndings;
+    m_ext = builtInEndings();
     const QString file = m_folder.file(EndingsFile);
     if (QFileInfo::exists(file)) {
         try {
-            TextFileReader reader = TextFileReader::open(file);
-            // The file keeps the whole list, built-in endings included, and all of it follows
-            // the built-in ones.
-            while (!reader.atEnd())
-                m_ext.append(reader.readLine());
+            appendSavedEndings(m_ext, file);
         } catch (const Failure &failure) {
             m_desktop.messageBox(failure.description(), Desktop::Icon::Critical);
         }
