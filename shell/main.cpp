@@ -1,7 +1,9 @@
+#include "browserregistration.h"
 #include "browserstartup.h"
 #include "commandline.h"
 #include "headless.h"
 #include "mainwindow.h"
+#include "nativehost.h"
 #include "program.h"
 #include "qtdesktop.h"
 #include "singleinstance.h"
@@ -13,12 +15,14 @@
 #include <QStandardPaths>
 #include <QTextStream>
 #include <QTranslator>
+#include <unistd.h>
 
 namespace {
 
 const char Usage[] =
     "Uso: corvane [--home CARPETA] [URL ...]\n"
     "       corvane [--home CARPETA] --headless [URL ...]\n"
+    "       corvane [--home CARPETA] --register-browsers\n"
     "\n"
     "Gestor de descargas HTTP, HTTPS y FTP.\n"
     "\n"
@@ -31,6 +35,11 @@ const char Usage[] =
     "                  muestra el progreso y termina cuando no queda nada por descargar\n"
     "                  (0: todo terminado, 1: alguna descarga falló o fue rechazada,\n"
     "                  3: la carpeta ya la usa otro Corvane)\n"
+    "  --register-browsers\n"
+    "                  da a conocer a Chromium y Firefox el programa que recibe los\n"
+    "                  enlaces de la extensión de Corvane (el paquete ya lo hace)\n"
+    "  --native-host   lo que el navegador arranca para la extensión: mensajes por la\n"
+    "                  entrada y la salida estándar\n"
     "  --help          muestra esta ayuda\n"
     "  --version       muestra la versión\n";
 
@@ -105,6 +114,7 @@ int runWindows(int argc, char *argv[], const CommandLine &command)
     QObject::connect(&program, &Program::unloadFolder, &desktop, &QtDesktop::unloadFolder);
     InstanceChannel channel(folder);
     QObject::connect(&channel, &InstanceChannel::received, &program, &Program::handOver);
+    QObject::connect(&channel, &InstanceChannel::linksReceived, &program, &Program::fromBrowser);
     channel.listen();
     program.start();
     return QApplication::exec();
@@ -121,6 +131,22 @@ int runHeadless(int argc, char *argv[], const CommandLine &command)
         return refuse(alreadyRunning(folder), AlreadyRunning, false);
     Headless headless(folder, command.urls);
     return headless.exec();
+}
+
+// What the browsers use: the extension's host, and the manifests that name it.
+int runForBrowsers(int argc, char *argv[], const CommandLine &command)
+{
+    QCoreApplication app(argc, argv);
+    const QString program = QCoreApplication::applicationFilePath();
+    if (command.nativeHost)
+        return NativeHost(folderOf(command), program).serve(STDIN_FILENO, STDOUT_FILENO);
+    QStringList written;
+    const QString error = BrowserRegistration::registerBrowsers(program, command.home, written);
+    for (const QString &path : std::as_const(written))
+        QTextStream(stdout) << "Escrito: " << path << '\n';
+    if (!error.isEmpty())
+        return refuse(error, CannotWrite, false);
+    return 0;
 }
 
 } // namespace
@@ -145,5 +171,7 @@ int main(int argc, char *argv[])
         QTextStream(stdout) << "Corvane " << CORVANE_VERSION << '\n';
         return 0;
     }
+    if (command.nativeHost || command.registerBrowsers)
+        return runForBrowsers(argc, argv, command);
     return command.headless ? runHeadless(argc, argv, command) : runWindows(argc, argv, command);
 }

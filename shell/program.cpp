@@ -89,6 +89,7 @@ void Program::build()
         restoreQuickList();
     for (const QString &url : std::as_const(m_urls))
         añadir(url);
+    fromBrowser(std::exchange(m_browserLinks, {}));
 }
 
 bool Program::restoreViews()

@@ -2,6 +2,7 @@
 
 #include "activelist.h"
 #include "alldownloads.h"
+#include "browserlink.h"
 #include "desktop.h"
 #include "historylog.h"
 #include "historysink.h"
@@ -48,6 +49,9 @@ public:
     bool añadir(const QString &url);
     // Addresses handed over by a later start: added, and the main window comes to the front.
     void handOver(const QStringList &urls);
+    // Links handed over by the browser extension: downloads are added, pages open in the link
+    // grabber; the main window comes to the front.
+    void fromBrowser(const QList<BrowserLink> &links);
 
     MainWindow *mainWindow() const { return m_main.get(); }
 
@@ -64,6 +68,7 @@ private:
     bool restoreQuickList();
     void wireMenus();
     void wireEngine();
+    void grabPage(const QString &url);
     void quickAdd(const QString &text);
     void showRecent();
     void showListado();
@@ -73,6 +78,7 @@ private:
 
     ProgramFolder m_folder;
     QStringList m_urls;
+    QList<BrowserLink> m_browserLinks;
     Desktop &m_desktop;
     // The settings write history lines and the log reads the settings: lines reach the log
     // through this, pointed at it once both exist.

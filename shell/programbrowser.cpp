@@ -1,0 +1,44 @@
+// What comes from the person's own web browser: the extension's links.
+#include "linkgrabberwindow.h"
+#include "mainwindow.h"
+#include "program.h"
+#include "systemtray.h"
+
+#include <QTimer>
+
+void Program::fromBrowser(const QList<BrowserLink> &links)
+{
+    // Links that come while the splash is up wait for the main window.
+    if (!m_main) {
+        m_browserLinks += links;
+        return;
+    }
+    if (links.isEmpty())
+        return;
+    m_tray->showMainWindow();
+    for (const BrowserLink &link : links) {
+        if (link.kind == BrowserLink::Kind::Grab)
+            grabPage(link.url);
+        else
+            añadir(link.url);
+    }
+}
+
+void Program::grabPage(const QString &url)
+{
+    const auto fetch = [this, url] {
+        LinkGrabber &grabber = m_listado->model();
+        grabber.unload();
+        grabber.setDirecc(url);
+        grabber.obtener();
+    };
+    if (m_listado && m_listado->isVisible()) {
+        fetch();
+        m_listado->raise();
+        m_listado->activateWindow();
+        return;
+    }
+    // Showing the window opens it afresh, so the page goes in once it is up.
+    QTimer::singleShot(0, this, fetch);
+    showListado();
+}
