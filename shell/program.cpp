@@ -84,6 +84,7 @@ void Program::build()
                        [this](const QString &url) { m_active.AgregarArrastrando(url); });
     wireMenus();
     wireEngine();
+    wireBrowser();
     m_main->show();
     if (restoreViews())
         restoreQuickList();

@@ -18,6 +18,7 @@
 #include <memory>
 
 class AboutWindow;
+class ClipboardWatch;
 class QAction;
 class CfgWindow;
 class DetailWindow;
@@ -68,7 +69,9 @@ private:
     bool restoreQuickList();
     void wireMenus();
     void wireEngine();
+    void wireBrowser();
     void grabPage(const QString &url);
+    void offerCopied(const QString &url);
     void quickAdd(const QString &text);
     void showRecent();
     void showListado();
@@ -109,6 +112,7 @@ private:
     AboutWindow *m_about = nullptr;
     SystemTray *m_tray = nullptr;
     DetailWindow *m_detallado = nullptr;
+    ClipboardWatch *m_clipboard = nullptr;
     QAction *m_apagar = nullptr;
     StopSignals *m_stopSignals = nullptr;
     bool m_quickListRead = false;

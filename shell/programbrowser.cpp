@@ -1,9 +1,12 @@
-// What comes from the person's own web browser: the extension's links.
+// What comes from the person's own web browser: the extension's links and copied addresses.
+#include "clipboardwatch.h"
 #include "linkgrabberwindow.h"
 #include "mainwindow.h"
 #include "program.h"
 #include "systemtray.h"
 
+#include <QComboBox>
+#include <QGuiApplication>
 #include <QTimer>
 
 void Program::fromBrowser(const QList<BrowserLink> &links)
@@ -41,4 +44,22 @@ void Program::grabPage(const QString &url)
     // Showing the window opens it afresh, so the page goes in once it is up.
     QTimer::singleShot(0, this, fetch);
     showListado();
+}
+
+void Program::wireBrowser()
+{
+    m_clipboard = new ClipboardWatch(
+        QGuiApplication::clipboard(), m_folder, [this] { return m_settings.extra().portapapeles; },
+        this);
+    connect(m_clipboard, &ClipboardWatch::offered, this, &Program::offerCopied);
+}
+
+void Program::offerCopied(const QString &url)
+{
+    // Offered where the person will look, without taking the focus from what they are doing.
+    const QString text = QStringLiteral("Dirección copiada: ") + url +
+                         QStringLiteral(". Pulse Añadir para descargarla.");
+    m_main->quickadd()->setEditText(url);
+    m_main->setPanelText(StatusPanel::Mensajes, text);
+    m_tray->showMessage(text);
 }
