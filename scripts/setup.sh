@@ -5,11 +5,12 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # Build: Qt and its Spanish translations. Tests: local servers, certificates, an RTF reader, and an
 # X server with a screen reader's view (the accessibility bus) for the end-to-end runs of the
-# windows.
+# windows; a clipboard another program writes to; Chromium, driven through its DevTools protocol,
+# for the browser extension.
 packages=(cmake g++ ninja-build qt6-base-dev qt6-qpa-plugins qt6-multimedia-dev qt6-webengine-dev
           qt6-svg-dev qt6-translations-l10n libgl-dev fonts-dejavu-core
           nginx-light python3-pyftpdlib openssl unrtf xvfb xauth xdotool
-          dbus-daemon at-spi2-core python3-pyatspi)
+          dbus-daemon at-spi2-core python3-pyatspi xclip chromium python3-websocket)
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
