@@ -1,14 +1,15 @@
 """Drives Chromium with Corvane's extension as a person's clicks would, through the DevTools protocol.
 
-drivebrowser.py CHROMIUM PROFILE EXTENSION PAGE FILE: opens PAGE (which sets a cookie) in the
+drivebrowser.py CHROMIUM PROFILE EXTENSION PAGE FILE LIST: opens PAGE (which sets a cookie) in the
 browser, headless on the profile with the extension loaded, then calls in the extension what its
 two context-menu entries call, handOver(FILE, PAGE) and grabPage(PAGE), and prints their answers
-as one JSON list.
+as one JSON list. Last, with capturing on, it clicks the page's link "captura" and waits for
+Corvane's list file LIST to name it.
 """
 import json, os, subprocess, sys, time
 import websocket
 
-chromium, profile, extension, page, file = sys.argv[1:6]
+chromium, profile, extension, page, file, listed = sys.argv[1:7]
 browser = subprocess.Popen([
     chromium, "--headless=new", "--no-sandbox", "--disable-gpu", "--disable-quic",
     "--no-first-run", "--disable-background-networking", "--disable-component-update",
@@ -68,8 +69,13 @@ try:
                                 "document.readyState == 'complete'"), "the page")
     background = attach(until(lambda: target("service_worker", "chrome-extension://"),
                               "the extension"))
+    # The worker is there a moment before its script has run.
+    until(lambda: evaluate(background, "typeof handOver") == "function", "the extension's script")
     print(json.dumps([evaluate(background, f"handOver({json.dumps(file)}, {json.dumps(page)})"),
                       evaluate(background, f"grabPage({json.dumps(page)})")]))
+    evaluate(background, "chrome.storage.local.set({capture: true})")
+    evaluate(tab, "document.getElementById('captura').click()")
+    until(lambda: "captura.zip" in open(listed, encoding="latin-1").read(), "the capture")
     call("Browser.close")
 finally:
     try:

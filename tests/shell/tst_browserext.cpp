@@ -48,12 +48,14 @@ private:
                 "HTTP/1.1 200 OK",
                 "Content-Type: text/html\r\nSet-Cookie: sesion=abc123; Path=/\r\n"
                 "Connection: close\r\n",
-                "<html><body><a href=\"archivo.zip\">archivo</a></body></html>");
-        if (!request.startsWith("GET /archivo.zip "))
+                "<a href=\"archivo.zip\">archivo</a> <a id=captura href=captura.zip "
+                "download>c</a>");
+        if (!request.startsWith("GET /archivo.zip ") && !request.startsWith("GET /captura.zip "))
             return ScriptedHttpServer::status("HTTP/1.1 404 No\r\nConnection: close");
-        // A little of the file, then silence: the download stays in the list.
-        HttpReply reply = ScriptedHttpServer::file(QByteArray(100000, 'z'), request, true);
-        reply.dropAfter = 1000;
+        // Some of the file, then silence: the download stays in the list. The browser needs a few
+        // kilobytes to see a file it downloads rather than shows.
+        HttpReply reply = ScriptedHttpServer::file(QByteArray(100000, 'z'), request, false);
+        reply.dropAfter = 5000;
         reply.stall = true;
         return reply;
     }};
@@ -101,7 +103,8 @@ void TestBrowserExtension::initTestCase()
     driver.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     driver.start("/usr/bin/python3", {Source + "/tests/shell/drivebrowser.py", "/usr/bin/chromium",
                                       m_person.filePath("config/chromium"), Source + "/extension",
-                                      m_server.url("pagina.html"), m_server.url("archivo.zip")});
+                                      m_server.url("pagina.html"), m_server.url("archivo.zip"),
+                                      m_home.path("activas.dwn")});
     QTRY_VERIFY_WITH_TIMEOUT(driver.state() == QProcess::NotRunning, 120000);
     QCOMPARE(driver.exitCode(), 0);
     m_answers = QJsonDocument::fromJson(driver.readAllStandardOutput()).array();
@@ -120,13 +123,14 @@ QByteArray TestBrowserExtension::requestFor(const QByteArray &path) const
 void TestBrowserExtension::handsOver()
 {
     // verify: the program took both; the file's address is in its list and asked for, and the
-    // link grabber read the page
+    // link grabber read the page; the download the browser started was captured
     QCOMPARE(m_answers, (QJsonArray{QJsonObject{{"ok", true}}, QJsonObject{{"ok", true}}}));
     const QByteArray file = m_server.url("archivo.zip").toUtf8();
     QTRY_VERIFY_WITH_TIMEOUT(m_home.read("activas.dwn").startsWith(QByteArray(file + "\r\n")),
                              10000);
     QTRY_VERIFY_WITH_TIMEOUT(!requestFor("/archivo.zip").isEmpty(), 10000);
     QTRY_VERIFY_WITH_TIMEOUT(!requestFor("/pagina.html").isEmpty(), 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(!requestFor("/captura.zip").isEmpty(), 10000);
 }
 
 void TestBrowserExtension::sendsRefererAndCookie()
