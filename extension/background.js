@@ -56,20 +56,19 @@ async function grabPage(url) {
   return ask({ action: 'grab', url });
 }
 
-function makeMenus() {
-  api.contextMenus.removeAll(() => {
-    api.contextMenus.create({
-      id: MENU_LINK,
-      title: 'Descargar con Corvane',
-      contexts: ['link', 'image', 'audio', 'video'],
-      targetUrlPatterns: [...WEB, 'ftp://*/*'],
-    });
-    api.contextMenus.create({
-      id: MENU_PAGE,
-      title: 'Descargar todos los enlaces con Corvane',
-      contexts: ['page'],
-      documentUrlPatterns: WEB,
-    });
+async function makeMenus() {
+  await api.contextMenus.removeAll();
+  api.contextMenus.create({
+    id: MENU_LINK,
+    title: 'Descargar con Corvane',
+    contexts: ['link', 'image', 'audio', 'video'],
+    targetUrlPatterns: [...WEB, 'ftp://*/*'],
+  });
+  api.contextMenus.create({
+    id: MENU_PAGE,
+    title: 'Descargar todos los enlaces con Corvane',
+    contexts: ['page'],
+    documentUrlPatterns: WEB,
   });
 }
 
