@@ -9,11 +9,14 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # Build: Qt and its Spanish translations. Tests: local servers, certificates, an RTF reader, an X
 # server with a screen reader's view (the accessibility bus) for the end-to-end runs of the
-# windows, and the desktop's own checks of the launcher and the software centre's entry.
+# windows, the desktop's own checks of the launcher and the software centre's entry, a clipboard
+# another program writes to, and Chromium, driven through its DevTools protocol, for the browser
+# extension.
 packages=(cmake g++ ninja-build qt6-base-dev qt6-qpa-plugins qt6-multimedia-dev qt6-webengine-dev
           qt6-svg-dev qt6-translations-l10n libgl-dev fonts-dejavu-core
           nginx-light python3-pyftpdlib openssl unrtf xvfb xauth xdotool
-          dbus-daemon at-spi2-core python3-pyatspi desktop-file-utils appstream)
+          dbus-daemon at-spi2-core python3-pyatspi desktop-file-utils appstream
+          xclip chromium python3-websocket)
 # Fuzzing: clang with its sanitizer and libFuzzer runtimes, and a compiler cache for its builds.
 ((fuzz)) && packages+=(clang libclang-rt-14-dev ccache)
 missing=()

@@ -107,6 +107,11 @@ QWidget *CfgWindow::generalTab()
                                &Settings::initstart));
     layout->addWidget(checkBox("showmsg", QStringLiteral("Mostrar mensaje al terminar la descarga"),
                                &Settings::showmsg));
+    QCheckBox *portapapeles = extraBox("portapapeles", QStringLiteral("Vigilar el portapapeles"),
+                                       &ExtraSettings::portapapeles);
+    portapapeles->setToolTip(QStringLiteral("Una dirección de descarga copiada se ofrece en la "
+                                            "barra de añadido rápido"));
+    layout->addWidget(portapapeles);
     layout->addWidget(checkBox("exevirus",
                                QStringLiteral("Ejecutar antivirus al descargar ficheros de tipo:"),
                                &Settings::exevirus));
@@ -233,6 +238,16 @@ QCheckBox *CfgWindow::checkBox(const char *name, const QString &label, int Setti
     return box;
 }
 
+QCheckBox *CfgWindow::extraBox(const char *name, const QString &label, bool ExtraSettings::*field)
+{
+    auto *box = new QCheckBox(label, this);
+    box->setObjectName(QLatin1String(name));
+    connect(box, &QCheckBox::toggled, this,
+            [this, field](bool checked) { m_model.setExtra(field, checked); });
+    m_extraChecks.emplace_back(box, field);
+    return box;
+}
+
 QRadioButton *CfgWindow::optionButton(const char *name, const QString &label, bool Settings::*field)
 {
     auto *option = new QRadioButton(label, this);
@@ -272,6 +287,10 @@ void CfgWindow::showSettings()
     for (const auto &[box, field] : m_checks) {
         const QSignalBlocker blocker(box);
         box->setChecked(s.*field != 0);
+    }
+    for (const auto &[box, field] : m_extraChecks) {
+        const QSignalBlocker blocker(box);
+        box->setChecked(m_model.extra().*field);
     }
     for (const auto &[option, field] : m_options) {
         // Checking the one that is on unchecks the rest of its group.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "extrasettings.h"
 #include "settings.h"
 
 #include <QDialog>
@@ -35,6 +36,7 @@ private:
 
     QLineEdit *textBox(const char *name, QString Settings::*field);
     QCheckBox *checkBox(const char *name, const QString &label, int Settings::*field);
+    QCheckBox *extraBox(const char *name, const QString &label, bool ExtraSettings::*field);
     QRadioButton *optionButton(const char *name, const QString &label, bool Settings::*field);
     QSpinBox *spinBox(const char *name, int Settings::*field);
 
@@ -50,6 +52,7 @@ private:
     QListWidget *m_ext = nullptr;
     std::vector<std::pair<QLineEdit *, QString Settings::*>> m_texts;
     std::vector<std::pair<QCheckBox *, int Settings::*>> m_checks;
+    std::vector<std::pair<QCheckBox *, bool ExtraSettings::*>> m_extraChecks;
     std::vector<std::pair<QRadioButton *, bool Settings::*>> m_options;
     std::vector<std::pair<QSpinBox *, int Settings::*>> m_spins;
 };

@@ -24,6 +24,12 @@ CommandLine parseCommandLine(const QStringList &arguments)
             command.help = true;
         } else if (argument == QLatin1String("--version")) {
             command.version = true;
+        } else if (argument == QLatin1String("--native-host")) {
+            // The browser adds its own arguments (the extension, the manifest's path).
+            command.nativeHost = true;
+            break;
+        } else if (argument == QLatin1String("--register-browsers")) {
+            command.registerBrowsers = true;
         } else if (argument.startsWith(QLatin1String("--"))) {
             command.error = QStringLiteral("Opción desconocida: ") + argument;
             break;

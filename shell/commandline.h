@@ -12,8 +12,10 @@ struct CommandLine
     bool headless = false;
     bool help = false;
     bool version = false;
-    QStringList urls; // a "zelq:" link's address comes without its prefix
-    QString error;    // a usage error, in Spanish
+    bool nativeHost = false;       // the browser extension's host; what follows is the browser's
+    bool registerBrowsers = false; // the host's manifests into the person's browser folders
+    QStringList urls;              // a "zelq:" link's address comes without its prefix
+    QString error;                 // a usage error, in Spanish
 };
 
 CommandLine parseCommandLine(const QStringList &arguments);

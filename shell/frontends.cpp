@@ -1,6 +1,8 @@
 #include "frontends.h"
 
+#include "browserregistration.h"
 #include "headless.h"
+#include "nativehost.h"
 #include "singleinstance.h"
 
 #include <QCoreApplication>
@@ -8,6 +10,7 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <QTextStream>
+#include <unistd.h>
 
 namespace Startup {
 
@@ -50,4 +53,21 @@ int runHeadless(int argc, char *argv[], const CommandLine &command)
         return refuse(Startup::alreadyRunning(folder), Startup::AlreadyRunning);
     Headless headless(folder, command.urls);
     return headless.exec();
+}
+
+// What the browsers use: the extension's host, and the manifests that name it.
+int runForBrowsers(int argc, char *argv[], const CommandLine &command)
+{
+    QCoreApplication app(argc, argv);
+    const QString program = QCoreApplication::applicationFilePath();
+    if (command.nativeHost)
+        return NativeHost(Startup::folderOf(command), program).serve(STDIN_FILENO, STDOUT_FILENO);
+    QStringList written;
+    const QString error = BrowserRegistration::registerBrowsers(program, command.home, written);
+    for (const QString &path : std::as_const(written))
+        QTextStream(stdout) << "Escrito: " << path << '\n';
+    if (error.isEmpty())
+        return 0;
+    QTextStream(stderr) << error << '\n';
+    return Startup::CannotWrite;
 }

@@ -6,6 +6,9 @@
 // be written and is not in use by another Corvane.
 int runWindows(int argc, char *argv[], const CommandLine &command);
 int runHeadless(int argc, char *argv[], const CommandLine &command);
+// What the browsers use: the extension's host (--native-host), and the manifests that name it
+// (--register-browsers).
+int runForBrowsers(int argc, char *argv[], const CommandLine &command);
 
 namespace Startup {
 

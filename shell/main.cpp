@@ -8,6 +8,7 @@ namespace {
 const char Usage[] =
     "Uso: corvane [--home CARPETA] [URL ...]\n"
     "       corvane [--home CARPETA] --headless [URL ...]\n"
+    "       corvane [--home CARPETA] --register-browsers\n"
     "\n"
     "Gestor de descargas HTTP, HTTPS y FTP.\n"
     "\n"
@@ -20,6 +21,11 @@ const char Usage[] =
     "                  muestra el progreso y termina cuando no queda nada por descargar\n"
     "                  (0: todo terminado, 1: alguna descarga falló o fue rechazada,\n"
     "                  3: la carpeta ya la usa otro Corvane)\n"
+    "  --register-browsers\n"
+    "                  da a conocer a Chromium y Firefox el programa que recibe los\n"
+    "                  enlaces de la extensión de Corvane (el paquete ya lo hace)\n"
+    "  --native-host   lo que el navegador arranca para la extensión: mensajes por la\n"
+    "                  entrada y la salida estándar\n"
     "  --help          muestra esta ayuda\n"
     "  --version       muestra la versión\n"
     "\n"
@@ -50,5 +56,7 @@ int main(int argc, char *argv[])
         QTextStream(stdout) << "Corvane " << CORVANE_VERSION << '\n';
         return 0;
     }
+    if (command.nativeHost || command.registerBrowsers)
+        return runForBrowsers(argc, argv, command);
     return command.headless ? runHeadless(argc, argv, command) : runWindows(argc, argv, command);
 }

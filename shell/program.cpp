@@ -65,11 +65,13 @@ void Program::build()
                        [&active](const QString &url) { active.AgregarArrastrando(url); });
     wireMenus();
     wireEngine();
+    wireBrowser();
     m_main->show();
     if (restoreViews())
         restoreQuickList();
     for (const QString &url : std::as_const(m_urls))
         añadir(url);
+    fromBrowser(std::exchange(m_browserLinks, {}));
 }
 
 bool Program::restoreViews()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "browserlink.h"
 #include "core.h"
 #include "desktop.h"
 #include "quicklist.h"
@@ -10,6 +11,7 @@
 #include <memory>
 
 class AboutWindow;
+class ClipboardWatch;
 class QAction;
 class CfgWindow;
 class DetailWindow;
@@ -41,6 +43,9 @@ public:
     bool añadir(const QString &url);
     // Addresses handed over by a later start: added, and the main window comes to the front.
     void handOver(const QStringList &urls);
+    // Links handed over by the browser extension: downloads are added, pages open in the link
+    // grabber; the main window comes to the front.
+    void fromBrowser(const QList<BrowserLink> &links);
 
     MainWindow *mainWindow() const { return m_main.get(); }
 
@@ -56,6 +61,9 @@ private:
     bool restoreQuickList();
     void wireMenus();
     void wireEngine();
+    void wireBrowser();
+    void grabPage(const QString &url);
+    void offerCopied(const QString &url);
     void quickAdd(const QString &text);
     void showRecent();
     void showListado();
@@ -65,6 +73,7 @@ private:
 
     ProgramFolder m_folder;
     QStringList m_urls;
+    QList<BrowserLink> m_browserLinks;
     Desktop &m_desktop;
     Core m_core;
     QuickList m_quickList;
@@ -78,6 +87,7 @@ private:
     AboutWindow *m_about = nullptr;
     SystemTray *m_tray = nullptr;
     DetailWindow *m_detallado = nullptr;
+    ClipboardWatch *m_clipboard = nullptr;
     QAction *m_apagar = nullptr;
     StopSignals *m_stopSignals = nullptr;
     bool m_quickListRead = false;

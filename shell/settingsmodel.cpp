@@ -71,6 +71,14 @@ std::span<const SpinSetting> SettingsModel::spins()
 
 bool SettingsModel::load()
 {
+    ExtraSettings extra;
+    const bool extraRead = tell(extra.read(m_folder.file(ExtraSettings::FileName)));
+    m_extra = extra;
+    return loadMain() && extraRead;
+}
+
+bool SettingsModel::loadMain()
+{
     // No file at all is a first start, not an error: the built-in values apply and are written
     // down at once, so the download folder and the extensions are on disk from the start.
     if (!QFileInfo::exists(filePath())) {
@@ -167,7 +175,16 @@ bool SettingsModel::save()
     m_history.append(QStringLiteral("\r\nConfiguración cambiada a las ") +
                          timeText(QDateTime::currentDateTime()),
                      HistoryColour::Blue);
-    return write();
+    // Both files are in the same folder: when the first cannot be written, one message says so.
+    return write() && tell(m_extra.write(m_folder.file(ExtraSettings::FileName)));
+}
+
+bool SettingsModel::tell(const QString &error)
+{
+    if (error.isEmpty())
+        return true;
+    m_desktop.messageBox(error, Desktop::Icon::Critical);
+    return false;
 }
 
 bool SettingsModel::write()
@@ -223,6 +240,14 @@ void SettingsModel::setCheck(int Settings::*field, bool checked)
     if (m_settings.*field == int(checked))
         return;
     m_settings.*field = int(checked);
+    Q_EMIT changed();
+}
+
+void SettingsModel::setExtra(bool ExtraSettings::*field, bool on)
+{
+    if (m_extra.*field == on)
+        return;
+    m_extra.*field = on;
     Q_EMIT changed();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "extrasettings.h"
 #include "programfolder.h"
 #include "settings.h"
 
@@ -19,8 +20,8 @@ struct SpinSetting
     int maximum;
 };
 
-// The live settings and their file "corvane.ini". The engine keeps a reference to settings(),
-// so every change is made in place.
+// The live settings and their file "corvane.ini", with the extra settings of their own file. The
+// engine keeps a reference to settings(), so every change is made in place.
 class SettingsModel final : public QObject
 {
     Q_OBJECT
@@ -31,17 +32,19 @@ public:
                   QObject *parent = nullptr);
 
     const Settings &settings() const { return m_settings; }
+    const ExtraSettings &extra() const { return m_extra; }
     QString filePath() const;
     static std::span<const SpinSetting> spins();
 
-    // Reads the file; on the first error tells the person and keeps what was read so far. Without
-    // a file, writes one of the built-in values.
+    // Reads the files; on the first error of each tells the person and keeps what was read so
+    // far. Without "corvane.ini", writes one of the built-in values.
     bool load();
-    // Logs the change and writes the file; on failure tells the person.
+    // Logs the change and writes both files; on failure tells the person.
     bool save();
 
     void setText(QString Settings::*field, const QString &text);
     void setCheck(int Settings::*field, bool checked);
+    void setExtra(bool ExtraSettings::*field, bool on);
     // Turns `field` on and the other buttons of its group off.
     void setOption(bool Settings::*field);
     // Out of range, or not a spin box: false and nothing changes.
@@ -53,8 +56,10 @@ Q_SIGNALS:
     void changed();
 
 private:
+    bool loadMain();
     void read(TextFileReader &reader);
     bool write();
+    bool tell(const QString &error);
     void readCheck(TextFileReader &reader, int Settings::*field);
     void readSpin(TextFileReader &reader, const SpinSetting &spin);
     void readOption(TextFileReader &reader, bool Settings::*field);
@@ -65,4 +70,5 @@ private:
     Desktop &m_desktop;
     HistorySink &m_history;
     Settings m_settings;
+    ExtraSettings m_extra;
 };

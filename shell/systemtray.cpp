@@ -72,3 +72,9 @@ void SystemTray::showMainWindow()
     m_main.raise();
     m_main.activateWindow();
 }
+
+void SystemTray::showMessage(const QString &text)
+{
+    if (m_icon && m_icon->isVisible())
+        m_icon->showMessage(QStringLiteral("Corvane"), text);
+}

@@ -27,6 +27,8 @@ public:
     void hideMainWindow();
     // `mostrar`.
     void showMainWindow();
+    // A passing message by the tray icon, while the main window is hidden there.
+    void showMessage(const QString &text);
 
 private:
     QWidget &m_main;

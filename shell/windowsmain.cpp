@@ -57,6 +57,7 @@ int runWindows(int argc, char *argv[], const CommandLine &command)
     QObject::connect(&program, &Program::unloadFolder, &desktop, &QtDesktop::unloadFolder);
     InstanceChannel channel(folder);
     QObject::connect(&channel, &InstanceChannel::received, &program, &Program::handOver);
+    QObject::connect(&channel, &InstanceChannel::linksReceived, &program, &Program::fromBrowser);
     channel.listen();
     program.start();
     return QApplication::exec();

@@ -16,12 +16,47 @@ foreach(file
     ./usr/share/corvane/msg/ding.wav
     ./usr/share/corvane/msg/download.gif
     ./usr/share/corvane/help.html
-    ./usr/share/corvane/inicio.html)
+    ./usr/share/corvane/inicio.html
+    ./usr/share/corvane/extension/manifest.json
+    ./usr/share/corvane/extension/background.js
+    ./usr/share/corvane/extension/options.html
+    ./usr/share/corvane/extension/icons/corvane-48.png
+    ./usr/libexec/corvane/corvane-native-host
+    ./etc/chromium/native-messaging-hosts/corvane.json
+    ./usr/lib/mozilla/native-messaging-hosts/corvane.json)
   string(FIND "${contents}" " ${file}\n" at)
   if(at EQUAL -1)
     message(FATAL_ERROR "The package lacks ${file}:\n${contents}")
   endif()
 endforeach()
+
+# The browsers start the host script, which runs the installed program; each manifest names it
+# and allows the extension; the Chromium one, in /etc, is kept through upgrades.
+set(root ${WORK_DIR}/root)
+execute_process(COMMAND dpkg-deb -x ${packages} ${root})
+file(READ ${root}/usr/libexec/corvane/corvane-native-host host)
+file(READ ${root}/etc/chromium/native-messaging-hosts/corvane.json chromium)
+file(READ ${root}/usr/lib/mozilla/native-messaging-hosts/corvane.json firefox)
+list(TRANSFORM CHROMIUM_IDS REPLACE "(.+)" "chrome-extension://\\1/" OUTPUT_VARIABLE origins)
+set(manifests chromium firefox)
+set(keys allowed_origins allowed_extensions)
+foreach(manifest key IN ZIP_LISTS manifests keys)
+  string(JSON path GET "${${manifest}}" path)
+  string(JSON allowed GET "${${manifest}}" ${key})
+  if(key STREQUAL allowed_extensions)
+    set(origins ${FIREFOX_ID})
+  endif()
+  string(JOIN "\", \"" origins ${origins})
+  if(NOT path STREQUAL "/usr/libexec/corvane/corvane-native-host" OR
+     NOT allowed MATCHES "^\\[ *\"${origins}\" *\\]\n?$")
+    message(FATAL_ERROR "The ${manifest} manifest is not the host's:\n${${manifest}}")
+  endif()
+endforeach()
+execute_process(COMMAND dpkg-deb --info ${packages} conffiles OUTPUT_VARIABLE conffiles)
+if(NOT host MATCHES "\nexec '/usr/bin/corvane' --native-host \"\\$@\"\n" OR
+   NOT conffiles STREQUAL "/etc/chromium/native-messaging-hosts/corvane.json\n")
+  message(FATAL_ERROR "The host script or the package's conffiles:\n${host}\n${conffiles}")
+endif()
 execute_process(COMMAND dpkg-deb --field ${packages} Depends OUTPUT_VARIABLE depends)
 foreach(dependency libqt6widgets6 libqt6webenginecore6 libqt6multimedia6 qt6-qpa-plugins)
   string(FIND "${depends}" "${dependency}" at)

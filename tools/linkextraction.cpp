@@ -4,6 +4,26 @@
 #include "textfile.h"
 #include "urls.h"
 
+#include <QFileInfo>
+
+const QStringList &builtInEndings()
+{
+    static const QStringList endings = {
+        QStringLiteral("exe"), QStringLiteral("zip"), QStringLiteral("ace"), QStringLiteral("tar"),
+        QStringLiteral("iso"), QStringLiteral("bmp"), QStringLiteral("gif"), QStringLiteral("jpg")};
+    return endings;
+}
+
+QStringList wantedEndings(const QString &path)
+{
+    QStringList endings = builtInEndings();
+    if (QFileInfo::exists(path))
+        endings += readEndings(path);
+    endings.removeAll(QString());
+    endings.removeDuplicates();
+    return endings;
+}
+
 QString GetMainWeb(const QString &url)
 {
     QString name = FileNameOf(url);

@@ -4,6 +4,15 @@
 #include <QStringList>
 #include <optional>
 
+// The wanted endings: the built-in ones, then the lines of "listado.lst" in the program folder,
+// which keeps the whole list (the built-in ones again included). The browser extension captures
+// the same endings.
+inline const QString EndingsFile = QStringLiteral("listado.lst");
+const QStringList &builtInEndings();
+// The whole list of the endings file at `path`, or the built-in endings without one; no ending
+// twice and none empty. Throws Failure when the file cannot be read.
+QStringList wantedEndings(const QString &path);
+
 // The address a page's relative links are completed against: the page's address up to and
 // including its last "/" (a page named "index.html" only when the address says so).
 QString GetMainWeb(const QString &url);

@@ -13,12 +13,6 @@
 
 namespace {
 
-const QString EndingsFile = QStringLiteral("listado.lst");
-
-const QStringList BuiltInEndings = {
-    QStringLiteral("exe"), QStringLiteral("zip"), QStringLiteral("ace"), QStringLiteral("tar"),
-    QStringLiteral("iso"), QStringLiteral("bmp"), QStringLiteral("gif"), QStringLiteral("jpg")};
-
 bool isWebAddress(const QString &text)
 {
     return text.startsWith(QLatin1String("http://")) || text.startsWith(QLatin1String("https://"));
@@ -47,7 +41,7 @@ void LinkGrabber::load(const QString &clipboard)
     m_destdir = m_settings.defdir;
     if (!m_destdir.endsWith(QDir::separator()))
         m_destdir += QDir::separator();
-    m_ext = BuiltInEndings;
+    m_ext = builtInEndings();
     const QString file = m_folder.file(EndingsFile);
     if (QFileInfo::exists(file)) {
         try {

@@ -85,6 +85,8 @@ private Q_SLOTS:
     void writeFailure();
     void reading_data();
     void reading();
+    void extraFile_data();
+    void extraFile();
     void closing_data();
     void closing();
     void browse_data();
@@ -106,6 +108,8 @@ void TestSettings::writesDefaults()
                  "/historial.rtf\r\n 10 \r\n.zip\r\n.exe\r\n.cab\r\n.tar\r\n.ace\r\n.com\r\n"
                  ".arj\r\n.doc\r\n.vb\r\n.vbs\r\n.gz\r\n.js\r\n.pif\r\n");
     QCOMPARE(f.model.settings().defdir, f.folder() + "/download/");
+    // What that layout has no line for goes in a file of named keys.
+    QCOMPARE(f.read("preferencias.ini"), "[General]\nportapapeles=false\n");
     QCOMPARE(f.history.lines.size(), 1);
     QVERIFY2(QRegularExpression("^\r\nConfiguración cambiada a las \\d\\d:\\d\\d:\\d\\d$")
                  .match(f.history.lines.first())
@@ -217,6 +221,36 @@ void TestSettings::reading()
     }
 }
 
+void TestSettings::extraFile_data()
+{
+    QTest::addColumn<QByteArray>("file"); // "none": no file at all
+    QTest::addColumn<bool>("portapapeles");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("no file: off") << QByteArray("none") << false << "";
+    QTest::newRow("on") << QByteArray("[General]\nportapapeles=true\n") << true << "";
+    QTest::newRow("not a yes or no")
+        << QByteArray("[General]\nportapapeles=quizá\n") << false
+        << "Critical|Valor no válido en preferencias.ini: \"quizá\" para portapapeles";
+}
+
+void TestSettings::extraFile()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(QString, message);
+    SettingsFixture f;
+    QVERIFY(f.model.save());
+    if (file != "none")
+        f.write("preferencias.ini", file);
+    const QByteArray main = f.read("corvane.ini");
+
+    QCOMPARE(f.model.load(), message.isEmpty());
+
+    QTEST(f.model.extra().portapapeles, "portapapeles");
+    QCOMPARE(f.desktop.callsOf("messageBox").join('\n'), message);
+    QCOMPARE(f.model.settings().ext, DefaultExt.split('|'));
+    QCOMPARE(f.read("corvane.ini"), main);
+}
+
 void TestSettings::closing_data()
 {
     QTest::addColumn<QString>("button");
@@ -248,6 +282,8 @@ void TestSettings::closing()
     f.child<QLineEdit>("wait")->setText("25");
     f.child<QSpinBox>("histsize")->setValue(4999);
     f.child<QCheckBox>("wavs")->click();
+    QVERIFY(!f.child<QCheckBox>("portapapeles")->isChecked());
+    f.child<QCheckBox>("portapapeles")->click();
     f.child<QRadioButton>("msgno")->click();
     f.child<QRadioButton>("autoact")->click();
     auto *extList = f.child<QListWidget>("ext");
@@ -274,6 +310,7 @@ void TestSettings::closing()
     // The controls show what is kept.
     QCOMPARE(f.child<QLineEdit>("virus")->text(), s.virus);
     QCOMPARE(f.child<QCheckBox>("initstart")->isChecked(), bool(s.initstart));
+    QCOMPARE(f.child<QCheckBox>("portapapeles")->isChecked(), button == "acept");
     QCOMPARE(f.child<QSpinBox>("segsv")->value(), s.segsv);
     QCOMPARE(f.child<QLineEdit>("segs")->text(), s.segs);
     QCOMPARE(f.child<QRadioButton>("msgno")->isChecked(), s.msgno);
@@ -286,6 +323,7 @@ void TestSettings::closing()
     edited["vecesv"] = "7";
     edited["waitv"] = "25";
     QCOMPARE(describe(read.settings()), button == "cancel" ? saved : edited);
+    QCOMPARE(read.extra().portapapeles, button == "acept");
     QCOMPARE(f.history.lines.size(), button == "cancel" ? 0 : 1);
     QCOMPARE(f.desktop.callsOf("messageBox"), QStringList());
 }
