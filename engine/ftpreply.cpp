@@ -3,7 +3,37 @@
 #include "failure.h"
 #include "textfile.h"
 
+#include <QHostAddress>
 #include <QStringList>
+#include <QUrl>
+
+namespace {
+
+// A line this long is no reply; what was kept of it goes.
+constexpr qsizetype MaxLine = 64 * 1024;
+
+bool startsWithCode(QByteArrayView line)
+{
+    return line.size() >= 3 &&
+           std::all_of(line.begin(), line.begin() + 3, [](char c) { return c >= '0' && c <= '9'; });
+}
+
+QString decoded(const QString &text)
+{
+    return QUrl::fromPercentEncoding(text.toUtf8());
+}
+
+bool onPrivateNetwork(const QHostAddress &address)
+{
+    static const std::pair<const char *, int> Networks[] = {
+        {"10.0.0.0", 8},  {"172.16.0.0", 12},  {"192.168.0.0", 16},
+        {"127.0.0.0", 8}, {"169.254.0.0", 16}, {"100.64.0.0", 10}};
+    return std::any_of(std::begin(Networks), std::end(Networks), [&](const auto &network) {
+        return address.isInSubnet(QHostAddress(QLatin1String(network.first)), network.second);
+    });
+}
+
+} // namespace
 
 namespace Ftp {
 
@@ -12,16 +42,41 @@ QByteArray command(const QString &text)
     return text.toUtf8() + QByteArrayLiteral("\r\n");
 }
 
-QByteArray lastLine(QByteArrayView chunk)
+QList<QByteArray> ReplyReader::take(QByteArrayView chunk)
 {
-    QByteArrayView line;
+    QList<QByteArray> replies;
     qsizetype from = 0;
-    for (qsizetype cr = chunk.indexOf('\r', from); cr >= 0; cr = chunk.indexOf('\r', from)) {
-        line = chunk.sliced(from, cr - from + 1);
-        // The character after the carriage return (the line feed) goes with it.
-        from = std::min(cr + 2, chunk.size());
+    for (qsizetype end = chunk.indexOf('\n'); end >= 0; end = chunk.indexOf('\n', from)) {
+        QByteArrayView piece = chunk.sliced(from, end - from);
+        from = end + 1;
+        QByteArray whole = std::exchange(m_partial, {}) + piece.toByteArray();
+        if (whole.endsWith('\r'))
+            whole.chop(1);
+        line(whole, replies);
     }
-    return line.toByteArray();
+    m_partial += chunk.sliced(from).toByteArray();
+    if (m_partial.size() > MaxLine)
+        m_partial.clear();
+    return replies;
+}
+
+void ReplyReader::line(QByteArrayView text, QList<QByteArray> &replies)
+{
+    const bool coded = startsWithCode(text);
+    if (!m_openCode.isEmpty()) {
+        // Inside a multi-line reply everything but its closing line is text.
+        if (coded && text.first(3) == m_openCode && (text.size() == 3 || text[3] == ' ')) {
+            m_openCode.clear();
+            replies.append(text.toByteArray());
+        }
+        return;
+    }
+    if (!coded)
+        return;
+    if (text.size() > 3 && text[3] == '-')
+        m_openCode = text.first(3).toByteArray();
+    else
+        replies.append(text.toByteArray());
 }
 
 int replyCode(QByteArrayView line)
@@ -42,7 +97,13 @@ QString directoryOf(const QString &path)
     QString directory;
     for (qsizetype i = 0; i + 1 < segments.size(); ++i)
         directory += QLatin1Char('/') + segments[i];
-    return directory;
+    // A file at the root is in "/": an empty argument is refused by many servers.
+    return directory.isEmpty() ? QStringLiteral("/") : decoded(directory);
+}
+
+QString remoteName(const QString &path)
+{
+    return decoded(path.section(QLatin1Char('/'), -1));
 }
 
 Endpoint passiveEndpoint(QByteArrayView line)
@@ -65,6 +126,32 @@ Endpoint passiveEndpoint(QByteArrayView line)
         throw Failure(QStringLiteral("Puerto de datos incorrecto"));
     endpoint.port = quint16(high * 256 + low);
     return endpoint;
+}
+
+quint16 extendedPassivePort(QByteArrayView line)
+{
+    const qsizetype open = line.indexOf("(|||");
+    const qsizetype close = open < 0 ? -1 : line.indexOf("|)", open + 4);
+    if (close < 0)
+        throw Failure(QStringLiteral("Respuesta 229 sin puerto"));
+    const QByteArrayView digits = line.sliced(open + 4, close - open - 4);
+    bool ok = false;
+    const uint port = QString::fromLatin1(digits.data(), digits.size()).toUInt(&ok);
+    if (!ok || port == 0 || port > 65535)
+        throw Failure(QStringLiteral("Puerto de datos incorrecto"));
+    return quint16(port);
+}
+
+bool announcesInsideAddress(const QString &announced, const QString &peer)
+{
+    const QHostAddress address(announced);
+    const QHostAddress control(peer);
+    if (address.isNull() || address == QHostAddress(QHostAddress::AnyIPv4))
+        return true;
+    // Over IPv6 the control connection's peer is the only address there is.
+    if (control.protocol() == QAbstractSocket::IPv6Protocol && !control.toIPv4Address())
+        return true;
+    return onPrivateNetwork(address) && !onPrivateNetwork(control);
 }
 
 } // namespace Ftp

@@ -43,6 +43,8 @@ FtpTransfer::FtpTransfer(DownloadSlot &slot, TransferEvents &events, const Trans
 void FtpTransfer::start()
 {
     attempt();
+    m_replies = Ftp::ReplyReader();
+    m_sent.clear();
     m_ftp.connectToHost(m_host, m_port);
 }
 
@@ -67,6 +69,7 @@ void FtpTransfer::received(QByteArrayView chunk)
 
 void FtpTransfer::send(const QString &text)
 {
+    m_sent.append(text.section(QLatin1Char(' '), 0, 0).toLatin1());
     m_ftp.write(Ftp::command(text));
 }
 
@@ -89,10 +92,30 @@ void FtpTransfer::controlConnected()
 
 void FtpTransfer::controlReadyRead()
 {
+    // Replies may come several in one read (a pipelined "REST 0" and "SIZE") or one cut across
+    // reads: each is handled once its line is whole, in the order they came.
+    const QPointer<FtpTransfer> alive(this);
+    for (const QByteArray &line : m_replies.take(m_ftp.readAll())) {
+        reply(line);
+        if (!alive || !m_ftp.isOpen())
+            return;
+    }
+}
+
+void FtpTransfer::reply(const QByteArray &line)
+{
     DownloadSlot &s = m_slot;
-    const QByteArray line = Ftp::lastLine(m_ftp.readAll());
     const int code = Ftp::replyCode(line);
+    // A preliminary reply (1xx) leaves its command waiting for the final one.
+    const QByteArray answered =
+        code >= 200 && !m_sent.isEmpty() ? m_sent.takeFirst() : QByteArray();
+    if ((code == 550 || code == 553) &&
+        (answered == "CWD" || answered == "SIZE" || answered == "RETR"))
+        return failFinally(QStringLiteral("El archivo ") + s.Data + QStringLiteral(" no existe."));
+    if (answered == "EPSV" && code >= 500)
+        return send(QStringLiteral("PASV"));
     const FtpCredentials login = loginOf(s);
+    const QString path = PathOf(s.Data);
     // The tests follow one another on the same reply; an earlier one can set up a later one.
     if (code == 220)
         send(QStringLiteral("USER ") + login.usernm);
@@ -102,7 +125,7 @@ void FtpTransfer::controlReadyRead()
         // Binary mode first: servers start in ASCII, where many refuse SIZE and REST and some
         // rewrite line ends. Its 200 reply matches no test below.
         send(QStringLiteral("TYPE I"));
-        send(QStringLiteral("CWD ") + Ftp::directoryOf(PathOf(s.Data)));
+        send(QStringLiteral("CWD ") + Ftp::directoryOf(path));
     }
     if (code == 250) {
         send(QStringLiteral("REST 0"));
@@ -112,7 +135,7 @@ void FtpTransfer::controlReadyRead()
         s.allowredo = true;
     if (s.ftpestado == QLatin1String("REST")) {
         // Sent right behind "REST 0", without waiting for its reply.
-        send(QStringLiteral("SIZE ") + FileNameOf(s.Data));
+        send(QStringLiteral("SIZE ") + Ftp::remoteName(path));
         s.ftpestado = QStringLiteral("GETSIZE");
     }
     try {
@@ -127,12 +150,21 @@ void FtpTransfer::controlReadyRead()
                 m_file.seek(s.bytes + 1);
             }
             s.bytesinicio = m_file.position();
-            send(QStringLiteral("PASV"));
+            // Over IPv6 a 227 reply cannot name an address: the extended form comes first.
+            const bool ipv6 = m_ftp.peerAddress().protocol() == QAbstractSocket::IPv6Protocol;
+            send(ipv6 ? QStringLiteral("EPSV") : QStringLiteral("PASV"));
         }
-        if (code == 227) {
-            const Ftp::Endpoint data = Ftp::passiveEndpoint(line);
+        if (code == 227 || code == 229) {
+            const QString peer = m_ftp.peerAddress().toString();
+            Ftp::Endpoint data;
+            if (code == 229)
+                data = Ftp::Endpoint{peer, Ftp::extendedPassivePort(line)};
+            else
+                data = Ftp::passiveEndpoint(line);
+            if (Ftp::announcesInsideAddress(data.host, peer))
+                data.host = peer;
             m_ws.open(data.host, data.port, false);
-            send(QStringLiteral("RETR ") + FileNameOf(s.Data));
+            send(QStringLiteral("RETR ") + Ftp::remoteName(path));
         }
     } catch (const Failure &) {
         // A reply that cannot be used is ignored like any unknown one.

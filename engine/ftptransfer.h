@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ftpreply.h"
 #include "transfer.h"
 
 #include <QTcpSocket>
@@ -26,12 +27,15 @@ private:
 
     void controlConnected();
     void controlReadyRead();
+    void reply(const QByteArray &line);
     void controlClosed();
     void controlError(QAbstractSocket::SocketError error);
     void send(const QString &text);
     void loginRefused();
 
     QTcpSocket m_ftp;
+    Ftp::ReplyReader m_replies;
+    QList<QByteArray> m_sent; // the commands still to be answered, oldest first
     QString m_host;
     quint16 m_port = 0;
 };

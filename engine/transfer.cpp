@@ -145,7 +145,7 @@ void Transfer::finish()
 
 void Transfer::failFinally(const QString &text)
 {
-    closeWs();
+    closeConnections();
     m_file.close();
     m_silence.stop();
     setStatus(DownloadStatus::Exhausted);

@@ -11,12 +11,13 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # server with a screen reader's view (the accessibility bus) for the end-to-end runs of the
 # windows, the desktop's own checks of the launcher and the software centre's entry, a clipboard
 # another program writes to, and Chromium, driven through its DevTools protocol, for the browser
-# extension.
+# extension; two stock FTP servers (one installed, the other unpacked below: they cannot be
+# installed side by side).
 packages=(cmake g++ ninja-build qt6-base-dev qt6-qpa-plugins qt6-multimedia-dev qt6-webengine-dev
           qt6-svg-dev qt6-translations-l10n libgl-dev fonts-dejavu-core
           nginx-light python3-pyftpdlib openssl unrtf xvfb xauth xdotool
           dbus-daemon at-spi2-core python3-pyatspi desktop-file-utils appstream
-          xclip chromium python3-websocket)
+          xclip chromium python3-websocket vsftpd)
 # Fuzzing: clang with its sanitizer and libFuzzer runtimes, and a compiler cache for its builds.
 ((fuzz)) && packages+=(clang libclang-rt-14-dev ccache)
 missing=()
@@ -32,6 +33,12 @@ if ((${#missing[@]})); then
         "${missing[@]}" >/dev/null
 fi
 ((fuzz)) && exit 0
+
+if [ ! -x "$root/build/proftpd/usr/sbin/proftpd" ]; then
+    mkdir -p "$root/build/proftpd"
+    (cd "$root/build/proftpd" && apt-get download proftpd-core >/dev/null &&
+        dpkg-deb -x proftpd-core_*.deb . && rm proftpd-core_*.deb)
+fi
 
 werror=OFF
 [ -n "${CI:-}" ] && werror=ON

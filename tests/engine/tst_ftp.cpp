@@ -18,9 +18,10 @@ class TestFtp : public QObject
 private Q_SLOTS:
     void commandSequence_data();
     void commandSequence();
-    void greetingChunks_data();
-    void greetingChunks();
-    void splitReplyLost();
+    void replies_data();
+    void replies();
+    void missingFile_data();
+    void missingFile();
     void loginRefused();
 };
 
@@ -45,9 +46,10 @@ void TestFtp::commandSequence_data()
         "RETR x.zip");
     row("REST refused: whole file over the old one", "pub/x.zip", "anonymous", 5000, true,
         "USER anonymous, PASS freepwd, TYPE I, CWD /pub, REST 0, SIZE x.zip, PASV, RETR x.zip");
-    row("file at the root, blank in the name", "my%20file.bin", "anonymous", 0, false,
-        "USER anonymous, PASS freepwd, TYPE I, CWD, REST 0, SIZE my file.bin, REST 0, PASV, "
-        "RETR my file.bin");
+    // Names go decoded on the wire; a file at the root is in "/".
+    row("file at the root, escaped name", "canci%C3%B3n%20x.bin", "anonymous", 0, false,
+        "USER anonymous, PASS freepwd, TYPE I, CWD /, REST 0, SIZE canción x.bin, REST 0, PASV, "
+        "RETR canción x.bin");
 }
 
 void TestFtp::commandSequence()
@@ -68,53 +70,95 @@ void TestFtp::commandSequence()
     f.add(server.url(path), "x.zip", user, user.isEmpty() ? "" : "freepwd");
     QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
     QTEST(server.commandWords(), "commands");
-    if (!path.contains('/'))
-        QCOMPARE(server.commands().value(3), QByteArray("CWD \r\n"));
     QCOMPARE(f.read("x.zip"), Content);
     QCOMPARE(f.active.slot(1).total, Content.size());
     QCOMPARE(f.active.slot(1).allowredo, !refuseRest);
 }
 
-void TestFtp::greetingChunks_data()
+void TestFtp::replies_data()
 {
+    using Answer = QHash<QByteArray, QList<QByteArray>>; // by command word
     QTest::addColumn<QList<QByteArray>>("greeting");
-    QTest::addColumn<int>("users");
-    QTest::newRow("multi-line greeting in one chunk")
-        << QList<QByteArray>{"220-Bienvenido\r\n220-Servidor de pruebas\r\n220 \r\n"} << 1;
-    // Each piece's last line is a 220 of its own: the login starts again (and the dialogue that
-    // follows runs twice; only the greeting is looked at here).
-    QTest::newRow("the same in two chunks")
-        << QList<QByteArray>{"220-Bienvenido\r\n220-Servidor de pruebas\r\n", "220 \r\n"} << 2;
+    QTest::addColumn<Answer>("answers");
+    QTest::addColumn<QByteArray>("passiveHost");
+    const QList<QByteArray> plain{"220 Hola\r\n"};
+    QTest::newRow("multi-line greeting in one piece")
+        << QList<QByteArray>{"220-Bienvenido\r\n220-Servidor de pruebas\r\n220 \r\n"} << Answer()
+        << QByteArray("127,0,0,1");
+    QTest::newRow("multi-line greeting in pieces")
+        << QList<QByteArray>{"220-Bienvenido\r\n", "220-Servidor\r\n220", " \r\n"} << Answer()
+        << QByteArray("127,0,0,1");
+    // The pipelined "REST 0" and "SIZE" answered in one read: the 350 is seen.
+    QTest::newRow("replies in one read")
+        << plain << Answer{{"SIZE", {"350 Seguimos\r\n213 150000\r\n"}}, {"REST0", {}}}
+        << QByteArray("127,0,0,1");
+    QList<QByteArray> bytes;
+    for (const char c : QByteArray("213 150000\r\n"))
+        bytes << QByteArray(1, c);
+    QTest::newRow("a reply cut at every byte")
+        << plain << Answer{{"SIZE", bytes}} << QByteArray("127,0,0,1");
+    QTest::newRow("multi-line reply in the middle")
+        << plain << Answer{{"CWD", {"250-Carpeta cambiada\r\n", "250-Mas texto\r\n250 Hecho\r\n"}}}
+        << QByteArray("127,0,0,1");
+    QTest::newRow("passive address 0.0.0.0") << plain << Answer() << QByteArray("0,0,0,0");
 }
 
-void TestFtp::greetingChunks()
+// However the replies are cut, each is read once, in order: one login, and a resume that sends
+// "REST" with the bytes on disk.
+void TestFtp::replies()
 {
+    using Answer = QHash<QByteArray, QList<QByteArray>>;
     QFETCH(QList<QByteArray>, greeting);
+    QFETCH(Answer, answers);
     EngineFixture f;
     ScriptedFtpServer server(Content);
     server.greeting = greeting;
-    f.add(server.url("x"), "x", "anonymous", "freepwd");
-    QTRY_VERIFY(server.commandWords().contains("SIZE x"));
-    QTest::qWait(100);
-    QTEST(int(server.commandWords().count("USER anonymous")), "users");
-}
-
-void TestFtp::splitReplyLost()
-{
-    EngineFixture f;
-    ScriptedFtpServer server(Content);
-    server.answer = [](const QByteArray &line) -> std::optional<QList<QByteArray>> {
-        if (line.startsWith("SIZE"))
-            return QList<QByteArray>{"213 15", "0000\r\n"};
+    QFETCH(QByteArray, passiveHost);
+    server.passiveHost = passiveHost;
+    server.answer = [&](const QByteArray &line) -> std::optional<QList<QByteArray>> {
+        const QByteArray word = line.trimmed().replace(' ', "").left(5);
+        for (const QByteArray &key : answers.keys()) {
+            if (word.startsWith(key))
+                return answers.take(key);
+        }
         return std::nullopt;
     };
-    f.add(server.url("x"), "x", "anonymous", "freepwd");
-    QTRY_VERIFY(server.commandWords().contains("SIZE x"));
-    QTest::qWait(300);
-    // Neither half is a size reply: the dialogue waits for the silence timer.
-    QVERIFY(!server.commandWords().contains("PASV"));
-    QCOMPARE(f.active.slot(1).total, 0);
-    QCOMPARE(f.active.slot(1).ftpestado, QStringLiteral("GETSIZE"));
+    f.write("x", Content.left(5000));
+    f.add(server.url("d/x"), "x", "anonymous", "freepwd");
+    QTRY_COMPARE_WITH_TIMEOUT(f.status(1), DownloadStatus::Finished, 10000);
+    QCOMPARE(server.commandWords().count("USER anonymous"), 1);
+    QVERIFY2(server.commandWords().contains("REST 5000, PASV, RETR x"), server.commandWords());
+    QCOMPARE(f.read("x"), Content);
+}
+
+void TestFtp::missingFile_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<QByteArray>("reply");
+    QTest::newRow("folder") << QByteArray("CWD") << QByteArray("550 No existe\r\n");
+    QTest::newRow("size") << QByteArray("SIZE") << QByteArray("550 No existe\r\n");
+    QTest::newRow("retrieve") << QByteArray("RETR") << QByteArray("553 No permitido\r\n");
+}
+
+// A file the server does not have fails at once, like a 404: no retry, no empty file.
+void TestFtp::missingFile()
+{
+    QFETCH(QByteArray, command);
+    QFETCH(QByteArray, reply);
+    EngineFixture f;
+    ScriptedFtpServer server(Content);
+    server.answer = [&](const QByteArray &line) -> std::optional<QList<QByteArray>> {
+        if (line.startsWith(command))
+            return QList<QByteArray>{reply};
+        return std::nullopt;
+    };
+    const QString url = server.url("pub/nada.iso");
+    f.add(url, "nada.iso", "anonymous", "freepwd");
+    QTRY_COMPARE(f.status(1), DownloadStatus::Exhausted);
+    QVERIFY(!f.transfer(1).redoActive());
+    QCOMPARE(f.desktop.callsOf("showMessageWindow"),
+             QStringList{"El archivo " + url + " no existe.|"});
+    QVERIFY(!QFile::exists(f.path("nada.iso")));
 }
 
 void TestFtp::loginRefused()

@@ -63,8 +63,36 @@ const QHash<QString, std::function<QString(const QByteArray &)>> Pieces{
                               Http::isChunked(chunk) ? QStringLiteral("chunked") : QString()});
      }},
     {"request", [](const QByteArray &start) { return Http::request("", "h", start.toLongLong()); }},
-    {"ftp code",
-     [](const QByteArray &chunk) { return QString::number(Ftp::replyCode(Ftp::lastLine(chunk))); }},
+    // The replies a control connection completes, read whole and a byte at a time.
+    {"ftp replies",
+     [](const QByteArray &chunk) {
+         Ftp::ReplyReader whole;
+         Ftp::ReplyReader bytes;
+         QStringList replies;
+         for (const QByteArray &line : whole.take(chunk))
+             replies << QString::fromUtf8(line);
+         QStringList split;
+         for (qsizetype i = 0; i < chunk.size(); ++i) {
+             for (const QByteArray &line : bytes.take(chunk.mid(i, 1)))
+                 split << QString::fromUtf8(line);
+         }
+         return split == replies ? joined(replies) : QStringLiteral("cut differently");
+     }},
+    // The folder to change to and the name to ask for.
+    {"ftp path",
+     [](const QByteArray &path) {
+         return joined(
+             {Ftp::directoryOf(QString::fromUtf8(path)), Ftp::remoteName(QString::fromUtf8(path))});
+     }},
+    {"extended passive",
+     [](const QByteArray &line) { return QString::number(Ftp::extendedPassivePort(line)); }},
+    // Announced address and the control connection's peer: which one the data goes to.
+    {"inside address",
+     [](const QByteArray &pair) {
+         const QList<QByteArray> both = pair.split(' ');
+         return Ftp::announcesInsideAddress(both[0], both[1]) ? QStringLiteral("peer")
+                                                              : QStringLiteral("announced");
+     }},
     {"ftp size", [](const QByteArray &line) { return QString::number(Ftp::sizeOf(line)); }},
     {"passive",
      [](const QByteArray &line) -> QString {
@@ -158,11 +186,23 @@ void TestParsing::pieces_data()
     row("request", "5000000000",
         "GET / HTTP/1.1\r\nUser-Agent: Corvane\r\nHost: h\r\nConnection: close\r\n"
         "Range: bytes=5000000000-\r\n\r\n");
-    row("ftp code", "331 Pass\r\n230 Ok\r\n", "230");
-    row("ftp code", "250 Ok\r\n350 Rest", "250");
-    row("ftp code", "hola\r\n", "0");
-    // The character after each carriage return is taken for its line feed, whatever it is.
-    row("ftp code", "150 a\r226 b\r", "26");
+    row("ftp replies", "350 Seguimos\r\n213 5000\r\n", "350 Seguimos | 213 5000");
+    row("ftp replies", "250 Ok\r\n350 Res", "250 Ok"); // the rest waits for its line end
+    row("ftp replies", "hola\r\n229 x\n", "229 x");
+    row("ftp replies", "220-Hola\r\n230 no es el final\r\n220-x\r\n220 \r\n331 p\r\n",
+        "220  | 331 p");
+    row("ftp replies", "150 a\r226 b\r", "");
+    row("ftp path", "pub/my%20dir/canci%C3%B3n.mp3", "/pub/my dir | canción.mp3");
+    row("ftp path", "x.iso", "/ | x.iso");
+    row("extended passive", "229 Entering Extended Passive Mode (|||50123|)", "50123");
+    row("extended passive", "229 (|||70000|)", "Failure");
+    row("extended passive", "229 ok", "Failure");
+    row("inside address", "0.0.0.0 203.0.113.5", "peer");
+    row("inside address", "192.168.1.2 203.0.113.5", "peer");
+    row("inside address", "192.168.1.2 192.168.1.1", "announced");
+    row("inside address", "198.51.100.7 203.0.113.5", "announced");
+    row("inside address", "127.0.0.1 127.0.0.1", "announced");
+    row("inside address", "127.0.0.1 ::1", "peer");
     row("ftp size", "213 5000000000\r", "5000000000");
     row("passive", "227 Entering Passive Mode (192,168,1,2,19,137).\r", "192.168.1.2:5001");
     row("passive", "227 ok (127, 0, 0, 1, 200, 1)\r", "127.0.0.1:51201");

@@ -3,6 +3,7 @@
 #include "testauthority.h"
 
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QThread>
@@ -26,6 +27,9 @@ public:
     bool start()
     {
         m_process.setProcessChannelMode(QProcess::MergedChannels);
+        // Read as it comes: a server whose output is not read stops once the pipe is full.
+        QObject::connect(&m_process, &QProcess::readyRead, &m_process,
+                         [this] { m_output += m_process.readAll(); });
         m_process.start();
         if (!m_process.waitForStarted(5000)) {
             m_error = m_process.program() + ": " + m_process.errorString();
@@ -46,6 +50,15 @@ public:
     }
     QString error() const { return m_error; }
     quint16 port() const { return m_port; }
+    // What the server has said so far: its output, or the log file it was told to keep.
+    QByteArray log()
+    {
+        if (!m_logFile.isEmpty()) {
+            QFile file(m_logFile);
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        }
+        return m_output;
+    }
     QString url(const QString &name) const
     {
         return QStringLiteral("%1://127.0.0.1:%2/%3").arg(m_scheme).arg(m_port).arg(name);
@@ -65,6 +78,24 @@ protected:
     QString m_scheme;
     QProcess m_process; // given its arguments by the server, started by start()
     QString m_error;
+    QString m_logFile;
+    QByteArray m_output;
+
+    // The served files must be readable by the account an FTP server serves them as.
+    static void openToAll(const QString &root)
+    {
+        const auto all = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup |
+                         QFileDevice::ReadOther;
+        QFile::setPermissions(root, all | QFileDevice::ExeOwner | QFileDevice::ExeGroup |
+                                        QFileDevice::ExeOther);
+        for (const QFileInfo &entry :
+             QDir(root).entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot)) {
+            if (entry.isDir())
+                openToAll(entry.filePath());
+            else
+                QFile::setPermissions(entry.filePath(), all);
+        }
+    }
 };
 
 // nginx serving the folder; `extra` goes into its server block (e.g. "limit_rate 200k;").
@@ -121,7 +152,7 @@ public:
         environment.remove("PYTHONHOME");
         m_process.setProcessEnvironment(environment);
         const QString script =
-            "import sys\n"
+            "import logging, sys\n"
             "from pyftpdlib.authorizers import DummyAuthorizer\n"
             "from pyftpdlib.handlers import FTPHandler, ThrottledDTPHandler\n"
             "from pyftpdlib.servers import FTPServer\n"
@@ -129,8 +160,84 @@ public:
             "FTPHandler.dtp_handler = ThrottledDTPHandler\n"
             "FTPHandler.authorizer = DummyAuthorizer()\n"
             "FTPHandler.authorizer.add_anonymous(sys.argv[2])\n"
+            "logging.basicConfig(level=logging.DEBUG)\n"
             "FTPServer(('127.0.0.1', int(sys.argv[1])), FTPHandler).serve_forever()\n";
         m_process.setArguments(
             {"-c", script, QString::number(m_port), root, QString::number(bytesPerSecond)});
+    }
+};
+
+// The stock server vsftpd, anonymous and read-only, with its own configuration; the commands it
+// receives go to its log.
+class VsftpdServer final : public LocalServer
+{
+public:
+    explicit VsftpdServer(const QString &root, int bytesPerSecond = 0)
+        : LocalServer("ftp", "/usr/sbin/vsftpd")
+    {
+        openToAll(root);
+        const QString work = m_work.path();
+        QDir(work).mkdir("empty");
+        m_logFile = work + "/vsftpd.log";
+        QFile config(work + "/vsftpd.conf");
+        if (config.open(QIODevice::WriteOnly))
+            config.write(QStringLiteral(
+                             "listen=YES\nlisten_address=127.0.0.1\nlisten_port=%1\nbackground=NO\n"
+                             "anonymous_enable=YES\nanon_root=%2\nno_anon_password=YES\n"
+                             "local_enable=NO\nwrite_enable=NO\nseccomp_sandbox=NO\n"
+                             "secure_chroot_dir=%3/empty\nlog_ftp_protocol=YES\n"
+                             "xferlog_enable=YES\nxferlog_std_format=NO\nvsftpd_log_file=%4\n"
+                             "anon_max_rate=%5\n")
+                             .arg(m_port)
+                             .arg(root, work, m_logFile)
+                             .arg(bytesPerSecond)
+                             .toUtf8());
+        m_process.setArguments({config.fileName()});
+    }
+};
+
+// The stock server proftpd, unpacked from its package beside the build (it cannot be installed
+// beside vsftpd): anonymous, and the user "ana" (password "secreta") of a user file of its own.
+class ProftpdServer final : public LocalServer
+{
+public:
+    explicit ProftpdServer(const QString &root, int bytesPerSecond = 0)
+        : LocalServer("ftp",
+                      qEnvironmentVariable("CORVANE_BIN_DIR") + "/../proftpd/usr/sbin/proftpd")
+    {
+        openToAll(root);
+        const QString work = m_work.path();
+        m_logFile = work + "/commands.log";
+        // "secreta", hashed as the user file wants it.
+        const QString user = QStringLiteral("ana:$1$corvane$pLe8R2wzzsTUo8ZrfnHzK/:65534:65534::%1:"
+                                            "/bin/sh\nftp:*:65534:65534::%1:/bin/sh\n")
+                                 .arg(root);
+        const auto write = [&](const QString &name, const QString &text) {
+            QFile file(work + '/' + name);
+            if (file.open(QIODevice::WriteOnly))
+                file.write(text.toUtf8());
+            // It refuses user files others can read.
+            file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+            return file.fileName();
+        };
+        write("passwd", user);
+        write("group", "nogroup:*:65534:\n");
+        const QString rate =
+            bytesPerSecond ? QStringLiteral("TransferRate RETR %1\n").arg(bytesPerSecond / 1024.0)
+                           : QString();
+        const QString config = write(
+            "proftpd.conf",
+            QStringLiteral("ServerType standalone\nDefaultServer on\nPort %1\n"
+                           "DefaultAddress 127.0.0.1\nSocketBindTight on\nUseIPv6 off\n"
+                           "User nobody\nGroup nogroup\nPidFile %2/pid\nScoreboardFile %2/score\n"
+                           "DelayTable none\nWtmpLog off\nUseReverseDNS off\n"
+                           "AuthOrder mod_auth_file.c\nAuthUserFile %2/passwd\n"
+                           "AuthGroupFile %2/group\nRequireValidShell off\nDefaultRoot ~\n"
+                           "SystemLog %2/system.log\nExtendedLog %3 ALL\n%4"
+                           "<Anonymous %5>\nUser ftp\nGroup nogroup\nUserAlias anonymous ftp\n"
+                           "</Anonymous>\n")
+                .arg(m_port)
+                .arg(work, m_logFile, rate, root));
+        m_process.setArguments({"-n", "-q", "-c", config});
     }
 };

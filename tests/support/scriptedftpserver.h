@@ -15,6 +15,8 @@ class ScriptedFtpServer final : public QObject
 public:
     // Sent on connect, a chunk at a time, a little apart.
     QList<QByteArray> greeting = {"220 Servidor de pruebas\r\n"};
+    // The address the 227 reply names, as a server behind a router may name its own.
+    QByteArray passiveHost = "127,0,0,1";
     // The exact bytes to answer a command with; nullopt leaves it to the usual answer.
     std::function<std::optional<QList<QByteArray>>(const QByteArray &line)> answer;
 
@@ -98,7 +100,7 @@ private:
             m_passive.close();
             m_passive.listen(QHostAddress::LocalHost, 0);
             const quint16 port = m_passive.serverPort();
-            reply({"227 Modo pasivo (127,0,0,1," + QByteArray::number(port / 256) + "," +
+            reply({"227 Modo pasivo (" + passiveHost + "," + QByteArray::number(port / 256) + "," +
                    QByteArray::number(port % 256) + ")\r\n"});
         } else if (word == "RETR") {
             reply({"150 Enviando\r\n"});
