@@ -17,8 +17,16 @@ namespace {
 
 ListRecord savedRecord(const DownloadSlot &record)
 {
-    return ListRecord{record.Data,      record.path,   record.total, record.bytes, record.tiempo,
-                      record.allowredo, record.usernm, record.passw, record.rememb};
+    return ListRecord{.Data = record.Data,
+                      .path = record.path,
+                      .total = record.total,
+                      .bytes = record.bytes,
+                      .tiempo = record.tiempo,
+                      .allowredo = record.allowredo,
+                      .usernm = record.usernm,
+                      .passw = record.passw,
+                      .rememb = record.rememb,
+                      .extras = record.extras};
 }
 
 } // namespace
@@ -115,6 +123,7 @@ int ActiveList::addnew(const ListRecord &download, Loading loading)
         record.passw = download.passw;
         record.rememb = download.rememb;
         record.allowredo = download.allowredo;
+        record.extras = download.extras;
         slot.url = download.Data;
         slot.progressShown = false;
         slot.transfer = Transfer::make(record, slot,
@@ -220,13 +229,17 @@ void ActiveList::delend()
 void ActiveList::guardar_lista_activas()
 {
     TextFileWriter writer;
+    ExtrasByPath extras;
     for (int i = 1; i <= highestIndex(); ++i) {
         const DownloadSlot &record = m_slots[i].record;
-        if (record.activa && record.status != DownloadStatus::Finished)
+        if (record.activa && record.status != DownloadStatus::Finished) {
             writeRecord(writer, savedRecord(record), ListKind::Active);
+            extras.insert(record.path, record.extras);
+        }
     }
     try {
         writer.commit(m_folder.file(QStringLiteral("activas.dwn")));
+        writeExtras(m_folder.file(QStringLiteral("activas.json")), extras);
     } catch (const Failure &failure) {
         Q_EMIT statusText(StatusPanel::Mensajes, failure.description());
     }
@@ -237,12 +250,15 @@ void ActiveList::load()
     const QString path = m_folder.file(QStringLiteral("activas.dwn"));
     if (!QFileInfo::exists(path))
         return;
+    const ExtrasByPath extras =
+        loadExtras(m_folder.file(QStringLiteral("activas.json")), m_desktop);
     try {
         TextFileReader reader = TextFileReader::open(path);
         while (!reader.atEnd()) {
             ListRecord record = readRecord(reader, ListKind::Active);
             // The saved time is dropped on purpose: elapsed time starts again after a restart.
             record.tiempo = 0;
+            record.extras = extras.value(record.path);
             addnew(record, Loading::Yes);
         }
     } catch (const Failure &failure) {

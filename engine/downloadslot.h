@@ -1,5 +1,7 @@
 #pragma once
 
+#include "downloadextras.h"
+
 #include <QString>
 
 // What a running download is doing; the row shows it in its colours.
@@ -30,6 +32,7 @@ struct DownloadSlot
     QString ftpestado; // FTP dialogue step; empty for HTTP
     bool rememb = false;
     DownloadStatus status = DownloadStatus::Connecting;
+    DownloadExtras extras;
 };
 
 // Every list keeps this many slots; slot 0 is the template and never holds a download.

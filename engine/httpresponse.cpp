@@ -39,13 +39,23 @@ QString numberText(QByteArrayView bytes)
 
 namespace Http {
 
-QByteArray request(const QString &path, const QString &host, qint64 rangeStart)
+QByteArray request(const Request &request)
 {
-    return QByteArrayLiteral("GET /") + path.toUtf8() + QByteArrayLiteral(" HTTP/1.1\r\n") +
-           QByteArrayLiteral("User-Agent: Corvane\r\n") + QByteArrayLiteral("Host: ") +
-           host.toUtf8() + QByteArrayLiteral("\r\n") + QByteArrayLiteral("Connection: close\r\n") +
-           QByteArrayLiteral("Range: bytes=") + QByteArray::number(rangeStart) +
-           QByteArrayLiteral("-\r\n\r\n");
+    QByteArray bytes = QByteArrayLiteral("GET /") + request.path.toUtf8() +
+                       QByteArrayLiteral(" HTTP/1.1\r\nUser-Agent: Corvane\r\nHost: ") +
+                       request.host.toUtf8() +
+                       QByteArrayLiteral("\r\nConnection: close\r\nRange: bytes=") +
+                       QByteArray::number(request.rangeStart) + QByteArrayLiteral("-\r\n");
+    const auto optional = [&bytes](QByteArrayView name, const QString &value) {
+        if (!value.isEmpty() && !value.contains(QLatin1Char('\r')) &&
+            !value.contains(QLatin1Char('\n')))
+            bytes += name + QByteArrayLiteral(": ") + value.toUtf8() + QByteArrayLiteral("\r\n");
+    };
+    optional("Referer", request.extras.referer);
+    optional("Cookie", request.extras.cookie);
+    if (request.rangeStart > 0)
+        optional("If-Range", request.extras.validator);
+    return bytes + QByteArrayLiteral("\r\n");
 }
 
 bool isHead(QByteArrayView chunk)

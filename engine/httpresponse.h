@@ -1,5 +1,7 @@
 #pragma once
 
+#include "downloadextras.h"
+
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
@@ -8,7 +10,17 @@
 // that need a line end throw Failure when the chunk has none.
 namespace Http {
 
-QByteArray request(const QString &path, const QString &host, qint64 rangeStart);
+// What a download asks for. The first four lines are always sent; the others only when the
+// download has them.
+struct Request
+{
+    QString path;
+    QString host; // the Host line's value
+    qint64 rangeStart = 0;
+    DownloadExtras extras = {}; // Referer, Cookie, and If-Range on a resume
+};
+// A value holding a line break would add lines of its own: such a line is left out.
+QByteArray request(const Request &request);
 
 // A chunk that begins with "HTTP/1." is a response head, wherever it arrives.
 bool isHead(QByteArrayView chunk);

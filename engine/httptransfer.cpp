@@ -44,7 +44,10 @@ void HttpTransfer::opened()
         if (m_file.length() != m_slot.bytes)
             m_slot.bytes = m_file.length() + 1;
         m_requestStart = m_slot.bytes;
-        m_ws.write(Http::request(m_path, HostOf(m_slot.Data, m_context.desktop), m_slot.bytes - 1));
+        m_ws.write(Http::request({.path = m_path,
+                                  .host = HostLineOf(m_slot.Data),
+                                  .rangeStart = m_slot.bytes - 1,
+                                  .extras = m_slot.extras}));
         m_file.seek(m_slot.allowredo ? m_slot.bytes : 1);
         m_slot.bytesinicio = m_file.position();
         setStatus(DownloadStatus::Running);

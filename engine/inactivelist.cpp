@@ -25,10 +25,15 @@ void InactiveList::load()
     const QString path = m_folder.file(QStringLiteral("inactivas.dwn"));
     if (!QFileInfo::exists(path))
         return;
+    const ExtrasByPath extras =
+        loadExtras(m_folder.file(QStringLiteral("inactivas.json")), m_desktop);
     try {
         TextFileReader reader = TextFileReader::open(path);
-        while (!reader.atEnd())
-            addnew(readRecord(reader, ListKind::Inactive), Loading::Yes);
+        while (!reader.atEnd()) {
+            ListRecord record = readRecord(reader, ListKind::Inactive);
+            record.extras = extras.value(record.path);
+            addnew(record, Loading::Yes);
+        }
     } catch (const Failure &failure) {
         m_desktop.messageBox(QStringLiteral("Error al cargar lista de inactivas: ") +
                                  failure.description(),
@@ -69,12 +74,16 @@ RowContent InactiveList::row(int index) const
 void InactiveList::guardar_lista_inactivas()
 {
     TextFileWriter writer;
+    ExtrasByPath extras;
     for (int i = 1; i <= highestIndex(); ++i) {
-        if (m_ocupado[i])
+        if (m_ocupado[i]) {
             writeRecord(writer, m_registros[i], ListKind::Inactive);
+            extras.insert(m_registros[i].path, m_registros[i].extras);
+        }
     }
     try {
         writer.commit(m_folder.file(QStringLiteral("inactivas.dwn")));
+        writeExtras(m_folder.file(QStringLiteral("inactivas.json")), extras);
     } catch (const Failure &) {
         // Saving never interrupts the person; the next change writes the list again.
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "downloadextras.h"
+
 #include <QString>
 
 class TextFileReader;
@@ -20,6 +22,7 @@ struct ListRecord
     QString passw = {};
     bool rememb = false;
     bool locked = false;
+    DownloadExtras extras = {};
 };
 
 // Whether an add comes from reading the list file, which is then not written again meanwhile.

@@ -43,7 +43,7 @@ QuickAdd::QuickAdd(ActiveList &active, InactiveList &inactive, const Settings &s
       m_history(history)
 {}
 
-QString QuickAdd::add(const QString &text)
+QString QuickAdd::add(const QString &text, const DownloadExtras &extras)
 {
     const QString url = typed(text);
     // The message still names the two original schemes.
@@ -53,8 +53,8 @@ QString QuickAdd::add(const QString &text)
             Desktop::Icon::Critical);
         return {};
     }
-    return place(url, FtpCredentials(),
-                 QStringLiteral("Ya se ha superado el máximo de descargas."));
+    return place(url, FtpCredentials(), QStringLiteral("Ya se ha superado el máximo de descargas."),
+                 extras);
 }
 
 QString QuickAdd::newurl(const QString &clipboard)
@@ -83,7 +83,8 @@ QString QuickAdd::newurl(const QString &clipboard)
                  QStringLiteral("Ya se ha alcanzado el máximo posible de descargas en cola."));
 }
 
-QString QuickAdd::place(const QString &url, const FtpCredentials &login, const QString &queueFull)
+QString QuickAdd::place(const QString &url, const FtpCredentials &login, const QString &queueFull,
+                        const DownloadExtras &extras)
 {
     // A line break would split the address over two lines of the list files.
     if (hasControlCharacters(url)) {
@@ -106,7 +107,8 @@ QString QuickAdd::place(const QString &url, const FtpCredentials &login, const Q
                               .path = path,
                               .usernm = login.usernm,
                               .passw = login.passw,
-                              .rememb = login.rememb};
+                              .rememb = login.rememb,
+                              .extras = extras};
     // The row count includes the unused slot 0, so at most `maxdesc` - 1 run at once.
     if (leadingNumber(m_settings.maxdesc) > m_active.rowCount()) {
         if (!m_active.addnew(download))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "downloadextras.h"
 #include "ftplogin.h"
 
 #include <QString>
@@ -20,12 +21,14 @@ public:
     QuickAdd(ActiveList &active, InactiveList &inactive, const Settings &settings, Desktop &desktop,
              HistorySink &history);
 
-    QString add(const QString &url);
+    // `extras` come with a link from the person's web browser.
+    QString add(const QString &url, const DownloadExtras &extras = {});
     // Asks for the address, offering the clipboard's when it is one, and for an FTP login.
     QString newurl(const QString &clipboard);
 
 private:
-    QString place(const QString &url, const FtpCredentials &login, const QString &queueFull);
+    QString place(const QString &url, const FtpCredentials &login, const QString &queueFull,
+                  const DownloadExtras &extras = {});
 
     ActiveList &m_active;
     InactiveList &m_inactive;

@@ -5,16 +5,37 @@
 #include "textfile.h"
 
 #include <QStringList>
+#include <algorithm>
 
 namespace {
 
 const QString Slashes = QStringLiteral("//");
 
-// The text after the first "//". Without one, the position arithmetic of the original routine
-// drops only the first character; kept so every helper cuts the same way.
+// The text after the first "//". Without one, only the first character is dropped; kept so every
+// helper cuts the same way.
 QString afterSlashes(const QString &url)
 {
     return url.mid(url.indexOf(Slashes) + 2);
+}
+
+// Where the host of `rest` (an address after its "//") ends: at the bracket that closes an IPv6
+// literal, else at the first colon, even one in the path, else at the first "/". -1 for a
+// literal without its closing bracket.
+qsizetype hostEnd(const QString &rest)
+{
+    if (rest.startsWith(QLatin1Char('[')))
+        return rest.indexOf(QLatin1Char(']')) < 0 ? -1 : rest.indexOf(QLatin1Char(']')) + 1;
+    qsizetype end = rest.indexOf(QLatin1Char(':'));
+    if (end < 0)
+        end = rest.indexOf(QLatin1Char('/'));
+    return end < 0 ? rest.size() : end;
+}
+
+quint16 defaultPort(const QString &url)
+{
+    if (url.startsWith(QLatin1String("ftp:")))
+        return 21;
+    return url.startsWith(QLatin1String("https:")) ? 443 : 80;
 }
 
 } // namespace
@@ -27,11 +48,23 @@ QString HostOf(const QString &url, Desktop &desktop)
         return HostError;
     }
     const QString rest = afterSlashes(url);
-    // The colon is looked for over the whole rest, so one in the path cuts the host as well.
-    int end = rest.indexOf(QLatin1Char(':'));
-    if (end < 0)
-        end = rest.indexOf(QLatin1Char('/'));
-    return end < 0 ? rest : rest.left(end);
+    const qsizetype end = hostEnd(rest);
+    if (end < 0) {
+        desktop.messageBox(QStringLiteral("Dirección incorrecta."), Desktop::Icon::Critical);
+        return HostError;
+    }
+    // An IPv6 literal is connected to without its brackets.
+    if (rest.startsWith(QLatin1Char('[')))
+        return rest.mid(1, end - 2);
+    return rest.left(end);
+}
+
+QString HostLineOf(const QString &url)
+{
+    const QString rest = afterSlashes(url);
+    const QString host = rest.left(std::max<qsizetype>(hostEnd(rest), 0));
+    const quint16 port = PortOf(url);
+    return port == defaultPort(url) ? host : host + QLatin1Char(':') + QString::number(port);
 }
 
 quint16 PortOf(const QString &url)
@@ -39,9 +72,8 @@ quint16 PortOf(const QString &url)
     const int slashes = url.indexOf(Slashes);
     if (slashes < 0)
         return 80;
-    const QString scheme = url.left(slashes);
     const QString rest = url.mid(slashes + 2);
-    const int colon = rest.indexOf(QLatin1Char(':'));
+    const qsizetype colon = rest.indexOf(QLatin1Char(':'), std::max<qsizetype>(hostEnd(rest), 0));
     if (colon >= 0) {
         const int slash = rest.indexOf(QLatin1Char('/'), colon + 1);
         if (slash < 0)
@@ -52,9 +84,7 @@ quint16 PortOf(const QString &url)
             throw Failure(QStringLiteral("Puerto incorrecto: ") + digits);
         return quint16(port);
     }
-    if (scheme == QLatin1String("ftp:"))
-        return 21;
-    return scheme == QLatin1String("https:") ? 443 : 80;
+    return defaultPort(url);
 }
 
 QString PathOf(const QString &url)

@@ -9,6 +9,9 @@ class Desktop;
 // error handling reports.
 QString HostOf(const QString &url, Desktop &desktop);
 quint16 PortOf(const QString &url);
+// What the Host line of a request names: the host as written (an IPv6 literal in its brackets),
+// followed by ":port" when the address names a port other than its scheme's own.
+QString HostLineOf(const QString &url);
 QString PathOf(const QString &url);
 QString FileNameOf(const QString &url);
 QString ResolveDots(const QString &url);

@@ -23,7 +23,7 @@ void Program::fromBrowser(const QList<BrowserLink> &links)
         if (link.kind == BrowserLink::Kind::Grab)
             grabPage(link.url);
         else
-            añadir(link.url);
+            m_core.quickAdd().add(link.url, {.referer = link.referrer, .cookie = link.cookie});
     }
 }
 

@@ -20,10 +20,10 @@ PageFetch::PageFetch(QObject *parent) : QObject(parent)
     connect(&m_ws, &QSslSocket::errorOccurred, this, &PageFetch::socketError);
 }
 
-QByteArray PageFetch::request(const QString &url, const QString &host)
+QByteArray PageFetch::request(const QString &url)
 {
     return QByteArrayLiteral("GET /") + PathOf(url).toUtf8() + QByteArrayLiteral(" HTTP/1.1\r\n") +
-           QByteArrayLiteral("Host: ") + host.toUtf8() + QByteArrayLiteral("\r\n") +
+           QByteArrayLiteral("Host: ") + HostLineOf(url).toUtf8() + QByteArrayLiteral("\r\n") +
            QByteArrayLiteral("Connection: close\r\n\r\n");
 }
 
@@ -37,7 +37,7 @@ bool PageFetch::start(const QString &url, Desktop &desktop)
     if (host == HostError)
         return false;
     const quint16 port = PortOf(url);
-    m_request = request(url, host);
+    m_request = request(url);
     m_running = true;
     m_limit.start();
     if (url.startsWith(QLatin1String("https://")))

@@ -24,7 +24,7 @@ public:
     explicit PageFetch(QObject *parent = nullptr);
 
     // The whole request: the path, the host and nothing else the server could do without.
-    static QByteArray request(const QString &url, const QString &host);
+    static QByteArray request(const QString &url);
 
     // Connects to the address's host. False when HostOf refused the address (the person has
     // been told); throws Failure when its port cannot be read.

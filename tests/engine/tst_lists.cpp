@@ -61,7 +61,8 @@ void TestLists::listFiles()
                               .allowredo = true,
                               .usernm = "ana",
                               .passw = "secreta",
-                              .rememb = true}),
+                              .rememb = true,
+                              .extras = {.referer = "http://p/", .cookie = "k=v"}}),
              2);
     // Credentials it was not asked to remember are not written; a complete download is not
     // written at all.
@@ -89,7 +90,8 @@ void TestLists::listFiles()
                        .usernm = "ana",
                        .passw = "  s  ",
                        .rememb = true,
-                       .locked = true});
+                       .locked = true,
+                       .extras = {.validator = "\"v1\""}});
     f.inactive.addnew({.Data = Url2, .path = "/d/dos", .bytes = 1024, .usernm = "ana"});
     const QByteArray inactive = "http://127.0.0.1:9/uno.zip\r\n/d/uno\r\n 2048 \r\n 1025 \r\n"
                                 " 9 \r\nTrue\r\nana\r\n  s  \r\nTrue\r\nTrue\r\n"
@@ -105,6 +107,9 @@ void TestLists::listFiles()
     const QByteArray complete = QByteArray(dos).replace(" 1001 ", " 3000 ");
     g.write("activas.dwn", complete);
     g.write("inactivas.dwn", inactive);
+    // The extras, beside the lists.
+    for (const char *name : {"activas.json", "inactivas.json"})
+        g.write(name, f.read(name));
     g.active.load();
     g.inactive.load();
     QVERIFY(g.desktop.calls.isEmpty());
@@ -116,6 +121,9 @@ void TestLists::listFiles()
              QStringList({Url2, "ana", "secreta"}));
     QCOMPARE(QList<qint64>({slot.total, slot.bytes, slot.tiempo}), QList<qint64>({3000, 3000, 0}));
     QVERIFY(slot.allowredo && slot.rememb);
+    QCOMPARE(slot.extras, (DownloadExtras{.referer = "http://p/", .cookie = "k=v"}));
+    QCOMPARE(g.inactive.registro(1).extras, DownloadExtras{.validator = "\"v1\""});
+    QVERIFY(g.inactive.registro(2).extras.isEmpty());
     QCOMPARE(g.inactive.rowCount(), 3);
     // The blanks around the password are lost; the second kept no credentials.
     QCOMPARE(g.inactive.registro(1).passw, QStringLiteral("s"));
@@ -130,7 +138,8 @@ void TestLists::loading_data()
     QTest::addColumn<bool>("active"); // else the inactive list
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<int>("rows");
-    QTest::addColumn<QString>("message"); // how the box begins
+    QTest::addColumn<QString>("message");   // how the box begins
+    QTest::addColumn<QByteArray>("extras"); // "activas.json", none when empty
 
     const QString active = "Error al cargar lista de activas: ";
     const QString end = "Se ha sobrepasado el final del archivo|Error";
@@ -138,17 +147,24 @@ void TestLists::loading_data()
         << true
         << QByteArray("http://127.0.0.1:9/a\r\n/d/a\r\n 100 \r\n 100 \r\n 55 \r\nTrue\r\nuser\r\n"
                       "pass\r\nTrue\r\nhttp://127.0.0.1:9/b\r\n/d/b\r\n 0 \r\n")
-        << 1 << active + end;
+        << 1 << active + end << QByteArray();
     QTest::newRow("garbled boolean") << true
                                      << QByteArray("http://127.0.0.1:9/a\r\n/d/a\r\n1\r\n2\r\n3\r\n"
                                                    "quizas\r\n\r\n\r\nFalse\r\n")
-                                     << 0 << active;
-    QTest::newRow("binary garbage") << true << QByteArray("\x00\xff\r\n\x01", 5) << 0 << active;
+                                     << 0 << active << QByteArray();
+    QTest::newRow("binary garbage")
+        << true << QByteArray("\x00\xff\r\n\x01", 5) << 0 << active << QByteArray();
+    // The list is read without them.
+    QTest::newRow("extras not readable")
+        << true
+        << QByteArray(
+               "http://127.0.0.1:9/a\r\n/d/a\r\n 0 \r\n 0 \r\n 0 \r\nFalse\r\n\r\n\r\nFalse\r\n")
+        << 1 << "Error al cargar los datos de las descargas: " << QByteArray("{\"/d/a\": ");
     QTest::newRow("inactive, truncated second block")
         << false
         << QByteArray("http://h/a\r\n/a\r\n 1 \r\n 1 \r\n 1 \r\nFalse\r\n\r\n\r\nFalse\r\n"
                       "False\r\nhttp://h/b\r\n/b\r\n 1 \r\n")
-        << 1 << "Error al cargar lista de inactivas: " + end;
+        << 1 << "Error al cargar lista de inactivas: " + end << QByteArray();
 }
 
 // A file that cannot be read whole: what was read before the fault stays, one box says so.
@@ -157,8 +173,11 @@ void TestLists::loading()
     QFETCH(bool, active);
     QFETCH(QByteArray, content);
     QFETCH(QString, message);
+    QFETCH(QByteArray, extras);
     EngineFixture f;
     f.write(active ? "activas.dwn" : "inactivas.dwn", content);
+    if (!extras.isEmpty())
+        f.write("activas.json", extras);
     active ? f.active.load() : f.inactive.load();
     QTEST((active ? f.active.rowCount() : f.inactive.rowCount()) - 1, "rows");
     const QStringList boxes = f.desktop.callsOf("messageBox");

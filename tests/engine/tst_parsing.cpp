@@ -62,7 +62,17 @@ const QHash<QString, std::function<QString(const QByteArray &)>> Pieces{
                               chunk.mid(Http::bodyStart(chunk)), Http::location(chunk),
                               Http::isChunked(chunk) ? QStringLiteral("chunked") : QString()});
      }},
-    {"request", [](const QByteArray &start) { return Http::request("", "h", start.toLongLong()); }},
+    // "address start [referer cookie validator]": the request for that part of that address.
+    {"request",
+     [](const QByteArray &text) {
+         const QStringList words = QString::fromUtf8(text).split(QLatin1Char(' '));
+         return Http::request({.path = PathOf(words.value(0)),
+                               .host = HostLineOf(words.value(0)),
+                               .rangeStart = words.value(1).toLongLong(),
+                               .extras = {.referer = words.value(2),
+                                          .cookie = words.value(3),
+                                          .validator = words.value(4)}});
+     }},
     // The replies a control connection completes, read whole and a byte at a time.
     {"ftp replies",
      [](const QByteArray &chunk) {
@@ -154,6 +164,9 @@ void TestParsing::pieces_data()
     row("address", "ftp://h:70000/x", "h | Failure | x | x");
     row("address", "HTTPS://host/f.zip", refused + " | 80 | f.zip | f.zip");
     row("address", "", refused + " | 80 |  | index.html");
+    row("address", "http://[::1]:8080/f.iso", "::1 | 8080 | f.iso | f.iso");
+    row("address", "ftp://[2001:db8::1]/p/f", "2001:db8::1 | 21 | p/f | f");
+    row("address", "http://[::1/f", refused + " | 0 | f | f");
     row("dots", "http://h/a/b/../c.zip", "http://h/a/c.zip");
     row("dots", "https://h/./a/../b", "https://h/./b");
     row("dots", "ftp://h/a/b/../../c", "ftp://h/c");
@@ -183,9 +196,28 @@ void TestParsing::pieces_data()
     row("head", "HTTP/1.1", "0 | -1 | HTTP/1.1 |  | ");
     // A header value needs a line end after it.
     row("head", "HTTP/1.1 200 OK\r\nContent-Length: 4", "Failure");
-    row("request", "5000000000",
-        "GET / HTTP/1.1\r\nUser-Agent: Corvane\r\nHost: h\r\nConnection: close\r\n"
-        "Range: bytes=5000000000-\r\n\r\n");
+    const auto request = [](const QString &host, const QString &start,
+                            const QString &more = {}) -> QString {
+        return "GET /f HTTP/1.1\r\nUser-Agent: Corvane\r\nHost: " + host +
+               "\r\nConnection: close\r\nRange: bytes=" + start + "-\r\n" + more + "\r\n";
+    };
+    // The port is named when it is not the scheme's own.
+    for (const auto &[url, host] : {std::pair{"http://h/f", "h"},
+                                    {"http://h:80/f", "h"},
+                                    {"http://h:8080/f", "h:8080"},
+                                    {"https://h/f", "h"},
+                                    {"https://h:443/f", "h"},
+                                    {"https://h:8443/f", "h:8443"},
+                                    {"http://h:443/f", "h:443"},
+                                    {"http://[::1]:8080/f", "[::1]:8080"},
+                                    {"https://[2001:db8::1]/f", "[2001:db8::1]"}})
+        row("request", QByteArray(url) + " 0", request(host, "0"));
+    row("request", "http://h/f 5000000000", request("h", "5000000000"));
+    // Extras only when the download has them; If-Range only on a resume.
+    row("request", "http://h/f 0 http://p/a.html k=v \"e1\"",
+        request("h", "0", "Referer: http://p/a.html\r\nCookie: k=v\r\n"));
+    row("request", "http://h/f 7 http://p/ k=v\r\nX:y \"e1\"",
+        request("h", "7", "Referer: http://p/\r\nIf-Range: \"e1\"\r\n"));
     row("ftp replies", "350 Seguimos\r\n213 5000\r\n", "350 Seguimos | 213 5000");
     row("ftp replies", "250 Ok\r\n350 Res", "250 Ok"); // the rest waits for its line end
     row("ftp replies", "hola\r\n229 x\n", "229 x");

@@ -105,10 +105,7 @@ public:
     explicit NginxServer(const QString &root, const QString &extra = {})
         : NginxServer(root, extra, ServerCertificate())
     {}
-    // Over TLS with that certificate; its addresses are https://.
-    NginxServer(const QString &root, const ServerCertificate &tls) : NginxServer(root, {}, tls) {}
-
-private:
+    // Over TLS with that certificate when it has one; its addresses are then https://.
     NginxServer(const QString &root, const QString &extra, const ServerCertificate &tls)
         : LocalServer(tls.certificate.isEmpty() ? "http" : "https", "/usr/sbin/nginx")
     {

@@ -6,6 +6,7 @@
 #include "localservers.h"
 #include "scriptedhttpserver.h"
 #include "toolwidgets.h"
+#include "urls.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -376,7 +377,8 @@ void TestLinkGrabber::fetch()
     QList<QByteArray> requests;
     for (int i = 0; i < asked; ++i)
         requests << "GET /" + path.toUtf8() + (i ? "/" : "") +
-                        " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n\r\n";
+                        " HTTP/1.1\r\nHost: " + HostLineOf(root).toUtf8() +
+                        "\r\nConnection: close\r\n\r\n";
     if (server != "nginx" && !server.isEmpty())
         QCOMPARE(scripted.requests(), requests);
     QCOMPARE(f.child<QLineEdit>("direcc")->text(), root + path + (asked > 1 ? "/" : ""));
