@@ -102,8 +102,9 @@ int ActiveList::highestIndex() const
     return 0;
 }
 
-int ActiveList::addnew(const ListRecord &download, Loading loading)
+int ActiveList::addnew(const ListRecord &given, Loading loading)
 {
+    const ListRecord download = withLoginApart(given);
     int i = 0;
     try {
         i = nextFreeIndex();
@@ -154,9 +155,11 @@ int ActiveList::addnew(const ListRecord &download, Loading loading)
 
 void ActiveList::AgregarArrastrando(const QString &url)
 {
-    const QString path = m_desktop.saveFileDialog(m_settings.defdir + FileNameOf(url), QString());
+    const bool ownLogin = SplitLogin(url).address != url;
+    const QString path = m_desktop.saveFileDialog(
+        m_settings.defdir + FileNameOf(SplitLogin(url).address), QString());
     FtpCredentials login{QString(), QString(), false};
-    if (url.startsWith(QLatin1String("ftp://")))
+    if (url.startsWith(QLatin1String("ftp://")) && !ownLogin)
         login = m_desktop.askFtpLogin(LoginCaption, FtpCredentials());
     if (path.isEmpty())
         return;

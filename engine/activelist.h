@@ -63,7 +63,7 @@ public:
 
     void load();
     // Adds a download and starts it; the new slot's index, or 0 when it could not be added.
-    int addnew(const ListRecord &download, Loading loading = Loading::No);
+    int addnew(const ListRecord &given, Loading loading = Loading::No);
     // A link dropped on a window: asks where to save it, then adds or queues it.
     void AgregarArrastrando(const QString &url);
     bool existe(int index) const override;
@@ -136,6 +136,7 @@ private:
         void finished() override { list->transferFinished(index); }
         void failed() override { list->transferFailed(index); }
         void exhausted() override { list->retriesExhausted(index); }
+        void kept() override { list->guardar_lista_activas(); }
     };
 
     int nextFreeIndex() const;

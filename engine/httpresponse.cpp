@@ -4,6 +4,7 @@
 #include "textfile.h"
 
 #include <QList>
+#include <QUrl>
 #include <algorithm>
 #include <cctype>
 
@@ -51,6 +52,11 @@ QByteArray request(const Request &request)
             !value.contains(QLatin1Char('\n')))
             bytes += name + QByteArrayLiteral(": ") + value.toUtf8() + QByteArrayLiteral("\r\n");
     };
+    if (!request.user.isEmpty())
+        optional("Authorization",
+                 QStringLiteral("Basic ") +
+                     QString::fromLatin1(
+                         (request.user + QLatin1Char(':') + request.password).toUtf8().toBase64()));
     optional("Referer", request.extras.referer);
     optional("Cookie", request.extras.cookie);
     if (request.rangeStart > 0)
@@ -92,32 +98,83 @@ qsizetype bodyStart(QByteArrayView chunk)
     return at >= 0 ? at + 2 : 0;
 }
 
+QByteArray header(QByteArrayView chunk, QByteArrayView name)
+{
+    const QByteArray head = chunk.first(bodyStart(chunk)).toByteArray();
+    const QByteArray wanted = name.toByteArray().toLower() + ':';
+    for (const QByteArray &line : head.split('\n')) {
+        if (line.toLower().startsWith(wanted))
+            return line.sliced(wanted.size()).trimmed();
+    }
+    return {};
+}
+
+QString reason(QByteArrayView chunk)
+{
+    const qsizetype end = chunk.indexOf('\n');
+    return QString::fromLatin1(part(chunk, 13, (end < 0 ? chunk.size() : end) - 13)).trimmed();
+}
+
 QString location(QByteArrayView chunk)
 {
-    static const QByteArrayView Name("Location: ");
-    const qsizetype at = chunk.indexOf(Name);
-    if (at < 0)
-        return QString();
-    const qsizetype from = at + Name.size();
-    QByteArrayView address = part(chunk, from, valueEnd(chunk, from) - from);
-    // The value may run past a lone CR or LF to the CR LF of a later line; the address is kept
-    // in the list files, where a line break would split its download in two.
-    const auto lineBreak =
-        std::find_if(address.begin(), address.end(), [](char c) { return c == '\r' || c == '\n'; });
-    address.truncate(lineBreak - address.begin());
-    return QString::fromUtf8(address.data(), address.size());
+    QByteArray address = header(chunk, "Location");
+    // A lone CR inside the line ends the address as well: the address is kept in the list files,
+    // where a line break would split its download in two.
+    if (const qsizetype cr = address.indexOf('\r'); cr >= 0)
+        address.truncate(cr);
+    return QString::fromUtf8(address);
+}
+
+int retryAfter(QByteArrayView chunk)
+{
+    const QByteArray value = header(chunk, "Retry-After");
+    bool number = false;
+    const qint64 seconds = value.toLongLong(&number);
+    if (!number || seconds < 0)
+        return -1;
+    return int(std::min<qint64>(seconds, MaxRetryAfter));
+}
+
+qint64 completeLength(QByteArrayView chunk)
+{
+    const QByteArray value = header(chunk, "Content-Range");
+    if (!value.startsWith("bytes */"))
+        return -1;
+    bool number = false;
+    const qint64 length = value.sliced(8).trimmed().toLongLong(&number);
+    return number && length >= 0 ? length : -1;
+}
+
+QByteArray validator(QByteArrayView chunk)
+{
+    const QByteArray etag = header(chunk, "ETag");
+    return etag.isEmpty() ? header(chunk, "Last-Modified") : etag;
+}
+
+QString dispositionName(QByteArrayView chunk)
+{
+    const QByteArray value = header(chunk, "Content-Disposition");
+    QString name;
+    for (QByteArray parameter : value.split(';')) {
+        parameter = parameter.trimmed();
+        const QByteArray key = parameter.left(parameter.indexOf('=')).trimmed().toLower();
+        QByteArray text = parameter.mid(parameter.indexOf('=') + 1).trimmed();
+        if (key == "filename*" && text.toLower().startsWith("utf-8''")) {
+            // The encoded form wins over the plain one.
+            return QUrl::fromPercentEncoding(text.sliced(7));
+        }
+        if (key == "filename" && name.isEmpty()) {
+            if (text.size() >= 2 && text.startsWith('"') && text.endsWith('"'))
+                text = text.sliced(1, text.size() - 2);
+            name = QString::fromUtf8(text);
+        }
+    }
+    return name;
 }
 
 bool isChunked(QByteArrayView chunk)
 {
-    static const QByteArray Name("transfer-encoding:");
-    const QByteArray head = chunk.first(bodyStart(chunk)).toByteArray();
-    for (const QByteArray &line : head.split('\n')) {
-        const QByteArray lowered = line.trimmed().toLower();
-        if (lowered.startsWith(Name))
-            return lowered.sliced(Name.size()).trimmed().endsWith("chunked");
-    }
-    return false;
+    return header(chunk, "Transfer-Encoding").toLower().endsWith("chunked");
 }
 
 } // namespace Http

@@ -5,6 +5,11 @@
 #include "notifier.h"
 #include "urls.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+
 HttpTransfer::HttpTransfer(DownloadSlot &slot, TransferEvents &events,
                            const TransferContext &context, int retries)
     : Transfer(slot, events, context, retries)
@@ -30,6 +35,7 @@ void HttpTransfer::closeWs()
 {
     Transfer::closeWs();
     m_chunked = false;
+    m_head.reset();
 }
 
 void HttpTransfer::opened()
@@ -44,10 +50,13 @@ void HttpTransfer::opened()
         if (m_file.length() != m_slot.bytes)
             m_slot.bytes = m_file.length() + 1;
         m_requestStart = m_slot.bytes;
+        m_head = QByteArray();
         m_ws.write(Http::request({.path = m_path,
                                   .host = HostLineOf(m_slot.Data),
                                   .rangeStart = m_slot.bytes - 1,
-                                  .extras = m_slot.extras}));
+                                  .extras = m_slot.extras,
+                                  .user = m_slot.usernm,
+                                  .password = m_slot.passw}));
         m_file.seek(m_slot.allowredo ? m_slot.bytes : 1);
         m_slot.bytesinicio = m_file.position();
         setStatus(DownloadStatus::Running);
@@ -65,16 +74,11 @@ void HttpTransfer::received(QByteArrayView chunk)
 {
     m_handled = false;
     try {
-        qsizetype payloadStart = 0;
-        if (Http::isHead(chunk)) {
-            handleHead(chunk, payloadStart);
-            if (m_handled)
-                return;
+        if (m_head) {
+            m_head->append(chunk);
+            return readHead();
         }
-        if (m_chunked)
-            writeChunked(chunk.sliced(payloadStart));
-        else
-            writePayload(chunk.sliced(payloadStart));
+        writeBody(chunk);
     } catch (const Failure &failure) {
         // A reply that cannot be taken apart, or a write that failed (a full disk, a file
         // taken away), ends this connection; it is tried again.
@@ -85,7 +89,39 @@ void HttpTransfer::received(QByteArrayView chunk)
     }
 }
 
-void HttpTransfer::handleHead(QByteArrayView chunk, qsizetype &payloadStart)
+// The head is gathered over as many reads as it takes and never reaches the file; a reply that
+// does not begin as a head has none, and all of it is the file.
+void HttpTransfer::readHead()
+{
+    static const QByteArray Start("HTTP/1.");
+    const QByteArray head = *m_head;
+    if (head.size() < Start.size() && Start.startsWith(head))
+        return;
+    if (!Http::isHead(head)) {
+        m_head.reset();
+        return writeBody(head);
+    }
+    const qsizetype payloadStart = Http::bodyStart(head);
+    if (payloadStart == 0) {
+        if (head.size() > MaxHead)
+            lost();
+        return;
+    }
+    m_head.reset();
+    handleHead(head);
+    if (!m_handled)
+        writeBody(QByteArrayView(head).sliced(payloadStart));
+}
+
+void HttpTransfer::writeBody(QByteArrayView bytes)
+{
+    if (m_chunked)
+        writeChunked(bytes);
+    else
+        writePayload(bytes);
+}
+
+void HttpTransfer::handleHead(QByteArrayView chunk)
 {
     const int code = Http::statusCode(chunk);
     switch (code) {
@@ -98,16 +134,53 @@ void HttpTransfer::handleHead(QByteArrayView chunk, qsizetype &payloadStart)
                       QStringLiteral("."));
     case 400:
         return refuse(QStringLiteral("Error de sintaxis en la petición"));
+    case 301:
     case 302:
+    case 303:
+    case 307:
+    case 308:
         return redirect(Http::location(chunk));
+    case 416:
+        // Asked for the bytes after the end: the file is complete when it is that long.
+        if (const qint64 length = Http::completeLength(chunk);
+            length > 0 && length == m_requestStart - 1)
+            return alreadyComplete(length);
+        break;
+    case 408:
+    case 429:
+    case 502:
+    case 503:
+    case 504:
+        return tryLater(chunk, Http::retryAfter(chunk));
     default:
         break;
     }
+    m_redirects = 0;
+    // Anything else that is no success is never written into the file: a server error may pass,
+    // the rest is the server's final word.
+    if (code >= 300)
+        return code >= 500 ? tryLater(chunk, -1) : refuse(rejection(chunk));
+    takeReply(chunk, code == 206);
+}
+
+void HttpTransfer::takeReply(QByteArrayView chunk, bool partial)
+{
     // The reply decides where its bytes go: a 206 continues where the Range line asked, any
-    // other reply carries the whole file from its first byte.
-    const bool partial = code == 206;
+    // other reply carries the whole file from its first byte, a new version of it when the
+    // bytes on disk belonged to another: those go.
     m_slot.allowredo = partial;
     const qint64 start = partial ? m_requestStart : 1;
+    if (!partial && m_requestStart > 1)
+        m_file.truncate();
+    if (const QString version = QString::fromLatin1(Http::validator(chunk));
+        !partial || m_slot.extras.validator.isEmpty()) {
+        if (version != m_slot.extras.validator) {
+            m_slot.extras.validator = version;
+            m_events.kept();
+        }
+    }
+    if (m_requestStart == 1)
+        nameFrom(Http::dispositionName(chunk));
     m_chunked = Http::isChunked(chunk);
     if (m_chunked) {
         // The size is known only at the last chunk.
@@ -119,7 +192,13 @@ void HttpTransfer::handleHead(QByteArrayView chunk, qsizetype &payloadStart)
     }
     m_file.seek(start);
     m_slot.bytesinicio = start;
-    payloadStart = Http::bodyStart(chunk);
+}
+
+QString HttpTransfer::rejection(QByteArrayView chunk) const
+{
+    return QStringLiteral("El servidor ha rechazado la descarga de ") + m_slot.Data +
+           QStringLiteral(" (") + QString::number(Http::statusCode(chunk)) + QLatin1Char(' ') +
+           Http::reason(chunk) + QStringLiteral(").");
 }
 
 void HttpTransfer::writeChunked(QByteArrayView framed)
@@ -139,7 +218,7 @@ void HttpTransfer::writeChunked(QByteArrayView framed)
 // A chunked reply ends with its last chunk, never with the close.
 bool HttpTransfer::endedEarly() const
 {
-    return m_chunked || Transfer::endedEarly();
+    return m_chunked || (m_head && !m_head->isEmpty()) || Transfer::endedEarly();
 }
 
 void HttpTransfer::refuse(const QString &text)
@@ -148,9 +227,16 @@ void HttpTransfer::refuse(const QString &text)
     failFinally(text);
 }
 
-void HttpTransfer::redirect(const QString &address)
+void HttpTransfer::redirect(const QString &location)
 {
     m_handled = true;
+    const QString address = Resolved(m_slot.Data, location);
+    if (address.isEmpty())
+        return failFinally(QStringLiteral("El servidor ha movido ") + m_slot.Data +
+                           QStringLiteral(" a una dirección no válida."));
+    if (++m_redirects > MaxRedirects)
+        return failFinally(QStringLiteral("Demasiadas redirecciones al descargar ") + m_slot.Data +
+                           QLatin1Char('.'));
     m_events.message(QStringLiteral("El archivo ") + m_slot.Data +
                      QStringLiteral(" ha sido movido a ") + address +
                      QStringLiteral(".Se reconectará a esa dirección"));
@@ -160,4 +246,45 @@ void HttpTransfer::redirect(const QString &address)
     m_slot.Data = address;
     aim(address);
     start();
+}
+
+void HttpTransfer::tryLater(QByteArrayView chunk, int seconds)
+{
+    m_handled = true;
+    m_redirects = 0;
+    m_events.message(QStringLiteral("El servidor no puede atender ahora la descarga de ") +
+                     m_slot.Data + QStringLiteral(" (") + QString::number(Http::statusCode(chunk)) +
+                     QLatin1Char(' ') + Http::reason(chunk) +
+                     QStringLiteral("). Se volverá a intentar."));
+    setStatus(DownloadStatus::Connecting);
+    closeWs();
+    m_file.close();
+    armRedo(seconds);
+}
+
+void HttpTransfer::alreadyComplete(qint64 length)
+{
+    m_handled = true;
+    m_slot.total = length;
+    m_slot.bytes = length + 1;
+    finish();
+}
+
+void HttpTransfer::nameFrom(const QString &offered)
+{
+    // Only the last part of what the server offers: a name never leaves the download folder.
+    const QString name =
+        SafeFileName(offered.section(QRegularExpression(QStringLiteral("[/\\\\]")), -1), QString());
+    if (name.isEmpty())
+        return;
+    const QFileInfo current(m_slot.path);
+    if (name == current.fileName())
+        return;
+    const QString path = unusedPath(current.dir().filePath(name));
+    m_file.close();
+    QFile::remove(m_slot.path);
+    m_slot.path = path;
+    m_file.open(path);
+    m_events.kept();
+    m_events.statusChanged();
 }

@@ -3,6 +3,8 @@
 #include "chunkeddecoder.h"
 #include "transfer.h"
 
+#include <optional>
+
 // A download over HTTP or HTTPS: the request on connect, the reply taken apart as it arrives
 // (status, size, redirect, chunked framing), the payload written at the file's position.
 class HttpTransfer final : public Transfer
@@ -24,10 +26,20 @@ private:
 
     void opened() override;
     void received(QByteArrayView chunk) override;
-    void handleHead(QByteArrayView chunk, qsizetype &payloadStart);
+    void readHead();
+    void handleHead(QByteArrayView chunk);
+    void writeBody(QByteArrayView bytes);
+    // A success: where its bytes go, the file's version and name, the size.
+    void takeReply(QByteArrayView chunk, bool partial);
+    QString rejection(QByteArrayView chunk) const;
     void writeChunked(QByteArrayView framed);
     void refuse(const QString &text);
-    void redirect(const QString &address);
+    void redirect(const QString &location);
+    // A server that cannot answer now: tried again after `seconds`, or the set pause.
+    void tryLater(QByteArrayView chunk, int seconds);
+    void alreadyComplete(qint64 length);
+    // The name the server gives a new download, in the same folder.
+    void nameFrom(const QString &offered);
 
     QString m_host;
     quint16 m_port = 0;
@@ -37,4 +49,9 @@ private:
     bool m_chunked = false;    // the reply on this connection is chunked
     ChunkedDecoder m_decoder;
     bool m_handled = false; // the current chunk ended the connection
+    // A head longer than this is no head: the connection is dropped and tried again.
+    static constexpr qsizetype MaxHead = 64 * 1024;
+    std::optional<QByteArray> m_head; // the head read so far, until its blank line
+    static constexpr int MaxRedirects = 10;
+    int m_redirects = 0; // of this attempt
 };

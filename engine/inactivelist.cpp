@@ -51,7 +51,7 @@ void InactiveList::addnew(const ListRecord &download, Loading loading)
                              Desktop::Icon::Critical);
         return;
     }
-    m_registros[i] = download;
+    m_registros[i] = withLoginApart(download);
     m_ocupado[i] = true;
     Q_EMIT added(i);
     if (loading == Loading::No)

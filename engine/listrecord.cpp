@@ -1,6 +1,7 @@
 #include "listrecord.h"
 
 #include "textfile.h"
+#include "urls.h"
 
 void writeRecord(TextFileWriter &writer, const ListRecord &record, ListKind kind)
 {
@@ -33,5 +34,17 @@ ListRecord readRecord(TextFileReader &reader, ListKind kind)
     record.rememb = toBoolean(reader.readField());
     if (kind == ListKind::Inactive)
         record.locked = toBoolean(reader.readField());
+    return record;
+}
+
+ListRecord withLoginApart(ListRecord record)
+{
+    const AddressLogin login = SplitLogin(record.Data);
+    if (login.address == record.Data)
+        return record;
+    record.Data = login.address;
+    record.usernm = login.user;
+    record.passw = login.password;
+    record.rememb = true;
     return record;
 }

@@ -77,7 +77,8 @@ QString QuickAdd::newurl(const QString &clipboard)
         return {};
     }
     FtpCredentials login{QString(), QString(), false};
-    if (url.startsWith(QLatin1String("ftp://")))
+    // An address with its own login needs no other.
+    if (url.startsWith(QLatin1String("ftp://")) && SplitLogin(url).address == url)
         login = m_desktop.askFtpLogin(LoginCaption, FtpCredentials());
     return place(url, login,
                  QStringLiteral("Ya se ha alcanzado el máximo posible de descargas en cola."));
@@ -95,7 +96,9 @@ QString QuickAdd::place(const QString &url, const FtpCredentials &login, const Q
     QString folder = m_settings.defdir;
     if (!folder.endsWith(QDir::separator()))
         folder += QDir::separator();
-    const QString path = folder + FileNameOf(url);
+    // The list takes a login out of the address; the history never shows it.
+    const QString shown = SplitLogin(url).address;
+    const QString path = folder + FileNameOf(shown);
     if (QFile::exists(path)) {
         if (!m_desktop.askYesNo(
                 QStringLiteral("El archivo indicado ya existe. ¿Desea sobreescribirlo?")))
@@ -119,7 +122,7 @@ QString QuickAdd::place(const QString &url, const FtpCredentials &login, const Q
     } else {
         m_inactive.addnew(download);
     }
-    m_history.append(QStringLiteral("\r\nDescargando ") + url + QStringLiteral(" a ") + path,
+    m_history.append(QStringLiteral("\r\nDescargando ") + shown + QStringLiteral(" a ") + path,
                      HistoryColour::Black);
     return path;
 }

@@ -38,6 +38,12 @@ void SlotFile::write(QByteArrayView data)
         throw Failure(m_file.errorString());
 }
 
+void SlotFile::truncate()
+{
+    if (!m_file.resize(0))
+        throw Failure(m_file.errorString());
+}
+
 void SlotFile::reserve(qint64 size)
 {
     if (m_file.isOpen() && size > m_file.size()) {
@@ -45,4 +51,16 @@ void SlotFile::reserve(qint64 size)
         [[maybe_unused]] const int result =
             ::fallocate(m_file.handle(), FALLOC_FL_KEEP_SIZE, 0, size);
     }
+}
+
+QString unusedPath(const QString &path)
+{
+    const QFileInfo wanted(path);
+    const QString stem = wanted.completeBaseName();
+    const QString suffix = wanted.suffix().isEmpty() ? QString() : "." + wanted.suffix();
+    QString candidate = path;
+    for (int n = 1; QFileInfo::exists(candidate); ++n)
+        candidate = wanted.dir().filePath(stem + QStringLiteral(" (") + QString::number(n) +
+                                          QLatin1Char(')') + suffix);
+    return candidate;
 }

@@ -17,6 +17,8 @@ public:
     void seek(qint64 position);
     // Throws Failure when the bytes could not all be written.
     void write(QByteArrayView data);
+    // Empties the file: the bytes on disk belong to another version of it.
+    void truncate();
     // Reserves disk space for a file of `size` bytes without changing its length, which stays
     // the count of bytes received (resuming goes by it).
     void reserve(qint64 size);
@@ -24,3 +26,6 @@ public:
 private:
     QFile m_file;
 };
+
+// `path`, or when a file is there already the first free of "name (1).ext", "name (2).ext", ...
+QString unusedPath(const QString &path);

@@ -65,9 +65,9 @@ void Transfer::attempt()
     m_silence.start();
 }
 
-void Transfer::armRedo()
+void Transfer::armRedo(int seconds)
 {
-    m_redo.setInterval(m_context.settings.segsv * 1000);
+    m_redo.setInterval((seconds < 0 ? m_context.settings.segsv : seconds) * 1000);
     m_redo.start();
 }
 

@@ -29,6 +29,8 @@ public:
     virtual void failed() = 0;
     // The retries ran out.
     virtual void exhausted() = 0;
+    // Something the lists keep changed (the file's name, the version of the file on the server).
+    virtual void kept() = 0;
 
 protected:
     ~TransferEvents() = default;
@@ -83,7 +85,8 @@ protected:
     void setStatus(DownloadStatus status);
     // A connection is being opened: the silence count starts from now.
     void attempt();
-    void armRedo();
+    // The next try after `seconds`, or after the set pause when that is negative.
+    void armRedo(int seconds = -1);
     // The file is written at its current position.
     void writePayload(QByteArrayView payload);
     // After a chunk is written: progress, and the end once all of it is there.

@@ -5,6 +5,7 @@
 #include "textfile.h"
 
 #include <QStringList>
+#include <QUrl>
 #include <algorithm>
 
 namespace {
@@ -103,12 +104,66 @@ QString FileNameOf(const QString &url)
     const int first = left.indexOf(QLatin1Char('/'));
     if (first >= 0)
         left = left.mid(first + 1);
+    // "get.php?id=7" names the file "get.php".
+    for (const QLatin1Char mark : {QLatin1Char('?'), QLatin1Char('#')}) {
+        if (const qsizetype at = left.indexOf(mark); at >= 0)
+            left.truncate(at);
+    }
     const int last = left.lastIndexOf(QLatin1Char('/'));
-    QString name = last > 0 ? left.mid(last + 1) : left;
-    if (name.isEmpty())
-        name = index;
-    Reemplazar(name, QStringLiteral("%20"), QStringLiteral(" "));
+    return SafeFileName(QUrl::fromPercentEncoding((last > 0 ? left.mid(last + 1) : left).toUtf8()),
+                        index);
+}
+
+QString SafeFileName(QString name, const QString &fallback)
+{
+    for (QChar &c : name) {
+        if (c == QLatin1Char('/') || c == QLatin1Char('\\') || c.unicode() < 0x20 ||
+            c.unicode() == 0x7F)
+            c = QLatin1Char('_');
+    }
+    if (name.isEmpty() || name == QLatin1String(".") || name == QLatin1String(".."))
+        return fallback;
     return name;
+}
+
+AddressLogin SplitLogin(const QString &url)
+{
+    const qsizetype slashes = url.indexOf(Slashes);
+    if (slashes < 0)
+        return {url, {}, {}};
+    const qsizetype authority = slashes + 2;
+    qsizetype end = url.indexOf(QLatin1Char('/'), authority);
+    if (end < 0)
+        end = url.size();
+    const qsizetype at = url.lastIndexOf(QLatin1Char('@'), end - 1);
+    if (at < authority)
+        return {url, {}, {}};
+    const QString login = url.mid(authority, at - authority);
+    const qsizetype colon = login.indexOf(QLatin1Char(':'));
+    const auto decoded = [](const QString &part) {
+        return QUrl::fromPercentEncoding(part.toUtf8());
+    };
+    return {url.left(authority) + url.mid(at + 1), decoded(login.left(colon)),
+            colon < 0 ? QString() : decoded(login.mid(colon + 1))};
+}
+
+QString Resolved(const QString &base, const QString &given)
+{
+    // A line break would split the list files; a blank would end the request's path.
+    if (std::any_of(given.begin(), given.end(),
+                    [](QChar c) { return c.unicode() < 0x20 || c.unicode() == 0x7F; }))
+        return {};
+    const QString reference = QString(given).replace(QLatin1Char(' '), QLatin1String("%20"));
+    if (reference.startsWith(QLatin1String("http://")) ||
+        reference.startsWith(QLatin1String("https://")) ||
+        reference.startsWith(QLatin1String("ftp://")))
+        return reference;
+    const QUrl relative(reference, QUrl::StrictMode);
+    // Another scheme ("javascript:", "file:") is no address to download from.
+    if (reference.isEmpty() || !relative.isValid() || !relative.scheme().isEmpty())
+        return {};
+    const QUrl resolved = QUrl(base).resolved(relative);
+    return resolved.isValid() ? resolved.toString(QUrl::FullyEncoded) : QString();
 }
 
 QString ResolveDots(const QString &url)
@@ -138,12 +193,6 @@ QString ResolveDots(const QString &url)
         }
     }
     return scheme + segments.join(QLatin1Char('/'));
-}
-
-void Reemplazar(QString &text, const QString &search, const QString &replacement)
-{
-    if (!search.isEmpty())
-        text.replace(search, replacement);
 }
 
 QString ExtensionOf(const QString &name)

@@ -26,11 +26,17 @@ QStringList wantedEndings(const QString &path)
 
 QString GetMainWeb(const QString &url)
 {
-    QString name = FileNameOf(url);
+    // The last part of the path as written (not decoded as a file name is), up to a "/".
     const QString index = QStringLiteral("index.html");
-    if (name == index && !url.endsWith(index))
-        name.clear();
-    return url.left(url.size() - name.size());
+    const qsizetype slashes = url.indexOf(QStringLiteral("//"));
+    if (slashes < 0)
+        return url.endsWith(index) ? url.chopped(index.size()) : url;
+    QString left = url.mid(slashes + 2);
+    const qsizetype first = left.indexOf(QLatin1Char('/'));
+    if (first >= 0)
+        left = left.mid(first + 1);
+    const qsizetype last = left.lastIndexOf(QLatin1Char('/'));
+    return url.chopped((last > 0 ? left.mid(last + 1) : left).size());
 }
 
 bool SearchExtension(const QString &address, const QStringList &ext)

@@ -68,6 +68,13 @@ private Q_SLOTS:
     void resumeAfterDrop();
     void silenceDropsOnce();
     void redirectsAcrossSchemes();
+    void redirects_data();
+    void redirects();
+    void resumeOfAnotherVersion_data();
+    void resumeOfAnotherVersion();
+    void namedByServer_data();
+    void namedByServer();
+    void ipv6AndLogin();
     void secureFailures_data();
     void secureFailures();
     void replyEnds_data();
@@ -196,6 +203,155 @@ void TestHttp::redirectsAcrossSchemes()
     QCOMPARE(f.read("f.bin"), Content);
 }
 
+void TestHttp::redirects_data()
+{
+    QTest::addColumn<QByteArray>("reply"); // to every request of /a/f.bin; %1 is the server
+    QTest::addColumn<QString>("end");      // the path the file came from, or the failure
+    const auto row = [](const char *tag, const QByteArray &status, const QByteArray &location,
+                        const QString &end) {
+        QTest::newRow(tag) << "HTTP/1.1 " + status + "\r\n" + location + "\r\n\r\nmovido" << end;
+    };
+    row("301 absolute", "301 Moved Permanently", "Location: %1/files/a.zip", "/files/a.zip");
+    row("302 name in lower case", "302 Found", "location: /files/a.zip", "/files/a.zip");
+    row("303 from the root", "303 See Other", "LOCATION: /files/a.zip", "/files/a.zip");
+    row("307 a folder up", "307 Temporary Redirect", "Location: ../b.zip", "/b.zip");
+    row("308 the same folder", "308 Permanent Redirect", "Location: c.zip", "/a/c.zip");
+    row("to itself", "302 Found", "Location: f.bin", "Demasiadas redirecciones al descargar %1.");
+    row("another scheme", "301 Moved", "Location: javascript:alert(1)",
+        "El servidor ha movido %1 a una dirección no válida.");
+}
+
+// Nothing of a redirect reaches the file; the eleventh of one attempt ends it.
+void TestHttp::redirects()
+{
+    QFETCH(QByteArray, reply);
+    QFETCH(QString, end);
+    EngineFixture f;
+    QString root;
+    ScriptedHttpServer server([&](const QByteArray &request, int) {
+        return request.startsWith("GET /a/f.bin ")
+                   ? HttpReply::of(QByteArray(reply).replace("%1", root.toLatin1()))
+                   : ScriptedHttpServer::file(Content, request, false);
+    });
+    root = server.url("").chopped(1);
+    const QString url = server.url("a/f.bin");
+    f.add(url);
+    QTRY_VERIFY(f.status(1) == DownloadStatus::Finished ||
+                f.status(1) == DownloadStatus::Exhausted);
+    if (end.startsWith('/')) {
+        QCOMPARE(f.read("f.bin"), Content);
+        QVERIFY(server.requests().last().startsWith(
+            QByteArray("GET " + end.toLatin1() + " HTTP/1.1\r\n")));
+        QCOMPARE(f.active.slot(1).Data, root + end);
+        return;
+    }
+    QCOMPARE(f.desktop.callsOf("showMessageWindow"), QStringList{end.arg(url) + "|"});
+    QCOMPARE(server.requests().size(), end.startsWith("Demasiadas") ? 11 : 1);
+    QVERIFY(!QFile::exists(f.path("f.bin")));
+}
+
+void TestHttp::resumeOfAnotherVersion_data()
+{
+    QTest::addColumn<bool>("changed");
+    QTest::newRow("the same version goes on") << false;
+    QTest::newRow("a new version starts again") << true;
+}
+
+// The first reply's version goes with every resume; the server sends all of a file that changed
+// meanwhile, and nothing of the old one stays.
+void TestHttp::resumeOfAnotherVersion()
+{
+    QFETCH(bool, changed);
+    const QByteArray newer = randomBytes(30000);
+    EngineFixture f;
+    ScriptedHttpServer server([&](const QByteArray &request, int index) {
+        const bool sameVersion = index == 0 || (!changed && request.contains("If-Range: \"v1\""));
+        HttpReply reply = sameVersion ? ScriptedHttpServer::file(Content, request, index > 0)
+                                      : ScriptedHttpServer::file(newer, request, false);
+        reply.bytes.replace("\r\n\r\n",
+                            sameVersion ? "\r\nETag: \"v1\"\r\n\r\n" : "\r\nETag: \"v2\"\r\n\r\n");
+        reply.dropAfter = index == 0 ? reply.bytes.indexOf("\r\n\r\n") + 4 + 50000 : -1;
+        return reply;
+    });
+    f.add(server.url("f.bin"));
+    QTRY_VERIFY(f.transfer(1).redoActive());
+    QCOMPARE(f.active.slot(1).extras.validator, "\"v1\"");
+    f.transfer(1).redoTick();
+    QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
+    QVERIFY(server.requests().value(1).contains("\r\nRange: bytes=50000-\r\nIf-Range: \"v1\"\r\n"));
+    QCOMPARE(f.read("f.bin"), changed ? newer : Content);
+    QCOMPARE(f.active.slot(1).extras.validator, changed ? "\"v2\"" : "\"v1\"");
+
+    // All of it there already: the server says so with 416.
+    EngineFixture g;
+    g.write("f.bin", Content);
+    ScriptedHttpServer complete([&](const QByteArray &, int) {
+        return ScriptedHttpServer::status("HTTP/1.1 416 Range Not Satisfiable",
+                                          "Content-Range: bytes */200000\r\n");
+    });
+    g.add(complete.url("f.bin"));
+    QTRY_COMPARE(g.status(1), DownloadStatus::Finished);
+    QCOMPARE(g.read("f.bin"), Content);
+}
+
+void TestHttp::namedByServer_data()
+{
+    QTest::addColumn<QByteArray>("disposition");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("quoted") << QByteArray("attachment; filename=\"informe final.pdf\"")
+                            << "informe final.pdf";
+    QTest::newRow("encoded") << QByteArray("attachment; filename*=UTF-8''%C3%B1u.txt") << "ñu.txt";
+    QTest::newRow("taken") << QByteArray("attachment; filename=existe.txt") << "existe (1).txt";
+    QTest::newRow("up and out") << QByteArray("inline; filename=\"../../.bashrc\"") << ".bashrc";
+    QTest::newRow("absolute") << QByteArray("attachment; filename=\"/etc/passwd\"") << "passwd";
+    QTest::newRow("empty") << QByteArray("attachment; filename=\"\"") << "get.php";
+    QTest::newRow("dot dot") << QByteArray("attachment; filename=\"..\"") << "get.php";
+}
+
+// A new download takes the name its server gives, in its own folder, never over another file.
+void TestHttp::namedByServer()
+{
+    QFETCH(QByteArray, disposition);
+    QFETCH(QString, name);
+    EngineFixture f;
+    f.write("existe.txt", "mío");
+    ScriptedHttpServer server([&](const QByteArray &request, int) {
+        HttpReply reply = ScriptedHttpServer::file(Content, request, false);
+        reply.bytes.replace("\r\n\r\n",
+                            QByteArray("\r\nContent-Disposition: " + disposition + "\r\n\r\n"));
+        return reply;
+    });
+    QSignalSpy changed(&f.active, &DownloadList::changed);
+    f.add(server.url("get.php?id=7"), "get.php");
+    QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
+    QCOMPARE(f.active.slot(1).path, f.path(name));
+    QCOMPARE(f.read(name), Content);
+    // The empty file made before the reply came is gone.
+    QCOMPARE(QFile::exists(f.path("get.php")), name == "get.php");
+    QCOMPARE(f.read("existe.txt"), "mío");
+    QVERIFY(changed.size() >= 1);
+}
+
+// An IPv6 address, and a login in the address: sent as Basic, never shown.
+void TestHttp::ipv6AndLogin()
+{
+    EngineFixture f;
+    ScriptedHttpServer server([](const QByteArray &request,
+                                 int) { return ScriptedHttpServer::file(Content, request, false); },
+                              {}, QHostAddress::LocalHostIPv6);
+    const QString url = server.url("f.bin");
+    QVERIFY(url.startsWith("http://[::1]:"));
+    f.add(url.left(7) + "ana:s%40c%3Areta@" + url.mid(7));
+    QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
+    QCOMPARE(f.read("f.bin"), Content);
+    QVERIFY(server.requests().value(0).contains(
+        QByteArray("\r\nHost: " + url.mid(7, url.indexOf('/', 7) - 7).toLatin1() + "\r\n")));
+    const QByteArray basic = "\r\nAuthorization: Basic " + QByteArray("ana:s@c:reta").toBase64();
+    QVERIFY(server.requests().value(0).contains(QByteArray(basic + "\r\n")));
+    QCOMPARE(f.active.row(1).url, url);
+    QVERIFY(f.active.slot(1).rememb);
+}
+
 void TestHttp::secureFailures_data()
 {
     QTest::addColumn<QString>("server");
@@ -291,12 +447,18 @@ void TestHttp::replyEnds_data()
     failure("401", "Acceso denegado al archivo");
     failure("500", "Error interno del servidor %1.");
     failure("400", "Error de sintaxis en la petición");
-    row("301: the body is the file",
-        HttpReply::of("HTTP/1.1 301 Moved\r\nContent-Length: 5\r\n\r\nmoved"), "finished",
-        {"moved"}, 5);
-    row("403: not singled out",
-        HttpReply::of("HTTP/1.1 403 Forbidden\r\nContent-Length: 5\r\n\r\nnope!"), "finished",
-        {"nope!"}, 5);
+    // No reply but a success reaches the file; a server that cannot answer now is asked again.
+    row("301 without Location",
+        HttpReply::of("HTTP/1.1 301 Moved\r\nContent-Length: 5\r\n\r\nmoved"),
+        "El servidor ha movido %1 a una dirección no válida.", {QByteArray()});
+    for (const char *status : {"403 Forbidden", "410 Gone", "416 Range Not Satisfiable"})
+        row(status,
+            HttpReply::of("HTTP/1.1 " + QByteArray(status) + "\r\nContent-Length: 5\r\n\r\nnope!"),
+            "El servidor ha rechazado la descarga de %1 (" + QString(status) + ").",
+            {QByteArray()});
+    for (const char *status : {"503 Busy\r\nRetry-After: 120", "429 Slow down", "502 Bad", "599 x"})
+        row(status, HttpReply::of("HTTP/1.1 " + QByteArray(status) + "\r\n\r\nlater"), "lost",
+            {QByteArray()});
     const QByteArray ok100 = "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n";
     row("no length: the close ends it", ScriptedHttpServer::file(Content, "", false, false),
         "finished", {Content});
@@ -324,17 +486,17 @@ void TestHttp::replyEnds_data()
     }
     const QByteArray garbage("\x00\xff garbage \r\n\r\n", 15);
     row("garbage is the file", HttpReply::of(garbage), "finished", {garbage});
-    // However the megabyte of head is cut into chunks, nothing breaks: a first chunk without
-    // the blank line is written whole, like everything after it.
+    // A head of a megabyte is no head: nothing of it is written.
     const QByteArray huge = "HTTP/1.1 200 OK\r\n" +
                             QByteArray("X-Relleno: aaaaaaaaaaaaaaaa\r\n").repeated(40000) +
                             "\r\nhola";
-    row("huge head", HttpReply::of(huge), "finished", {"hola", huge});
+    row("huge head", HttpReply::of(huge), "lost", {QByteArray()});
     row("closed at once", HttpReply(), "finished", {QByteArray()});
     HttpReply split;
-    split.chunks = {"HTTP/1.1 200 OK\r\nContent-Le", "ngth: 5\r\n\r\nhello"};
-    row("head split: each chunk as it comes", split, "finished",
-        {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nhello"});
+    split.chunks = {"HTT", "P/1.1 200 OK\r\nContent-Le", "ngth: 5\r\n\r", "\nhello"};
+    row("head split", split, "finished", {"hello"}, 5);
+    split.chunks = {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\n"};
+    row("closed inside the head", split, "lost", {QByteArray()});
 }
 
 void TestHttp::replyEnds()
@@ -381,7 +543,10 @@ void TestHttp::realServer()
     const ServedFolder served("grande.bin", 3 * 1024 * 1024 + 17);
     // The redirect is built from the Host line, as many servers do: it needs the port.
     const auto nginx = std::make_unique<NginxServer>(
-        served.root.path(), "location = /antes.bin { return 302 $scheme://$http_host/grande.bin; }",
+        served.root.path(),
+        "location = /antes.bin { return 302 $scheme://$http_host/otra.bin; }\n"
+        "location = /otra.bin { return 301 /viejo.bin; }\n"
+        "location = /viejo.bin { return 307 $scheme://$http_host/grande.bin; }",
         secure ? m_local : ServerCertificate());
     QVERIFY2(nginx->start(), qPrintable(nginx->error()));
     EngineFixture f;

@@ -52,6 +52,24 @@ const QHash<QString, std::function<QString(const QByteArray &)>> Pieces{
                         FileNameOf(url)});
      }},
     {"dots", [](const QByteArray &url) { return ResolveDots(QString::fromUtf8(url)); }},
+    {"login",
+     [](const QByteArray &url) {
+         const AddressLogin login = SplitLogin(QString::fromUtf8(url));
+         return joined({login.address, login.user, login.password});
+     }},
+    // "base reference": where a redirect leads.
+    {"redirect",
+     [](const QByteArray &text) {
+         const QString words = QString::fromUtf8(text);
+         return Resolved(words.section(' ', 0, 0), words.section(' ', 1));
+     }},
+    // Retry-After, the length of a 416, the version, the offered name.
+    {"reply headers",
+     [](const QByteArray &head) {
+         return joined({QString::number(Http::retryAfter(head)),
+                        QString::number(Http::completeLength(head)),
+                        QString::fromLatin1(Http::validator(head)), Http::dispositionName(head)});
+     }},
     // Code, length, payload, location, chunked; "data" when it is not a head at all.
     {"head",
      [](const QByteArray &chunk) {
@@ -155,8 +173,12 @@ void TestParsing::pieces_data()
     row("address", "http://host:8080/dir/f.zip", "host | 8080 | dir/f.zip | f.zip");
     row("address", "http://host/", "host | 80 |  | index.html");
     row("address", "http://host", "host | 80 |  | host");
-    row("address", "ftp://host/pub/my%20file%41.txt", // only %20 is decoded
-        "host | 21 | pub/my%20file%41.txt | my file%41.txt");
+    row("address", "ftp://host/pub/my%20file%41.txt",
+        "host | 21 | pub/my%20file%41.txt | my fileA.txt");
+    row("address", "http://h/canci%C3%B3n.mp3", "h | 80 | canci%C3%B3n.mp3 | canción.mp3");
+    row("address", "http://h/get.php?id=7&a=/b#x", "h | 80 | get.php?id=7&a=/b#x | get.php");
+    row("address", "http://h/d/%2E%2E", "h | 80 | d/%2E%2E | index.html");
+    row("address", "http://h/a%2Fb%0Ac%5C", "h | 80 | a%2Fb%0Ac%5C | a_b_c_");
     row("address", "http://h/a:b/c.zip", "h/a | 0 | a:b/c.zip | c.zip"); // the colon cuts
     row("address", "https://host/d/f.zip", "host | 443 | d/f.zip | f.zip");
     row("address", "https://host:8443/f.zip", "host | 8443 | f.zip | f.zip");
@@ -167,6 +189,31 @@ void TestParsing::pieces_data()
     row("address", "http://[::1]:8080/f.iso", "::1 | 8080 | f.iso | f.iso");
     row("address", "ftp://[2001:db8::1]/p/f", "2001:db8::1 | 21 | p/f | f");
     row("address", "http://[::1/f", refused + " | 0 | f | f");
+    row("login", "ftp://ana:s%40c%3Areta@h:2121/f", "ftp://h:2121/f | ana | s@c:reta");
+    row("login", "https://ana@[::1]/f", "https://[::1]/f | ana | ");
+    row("login", "http://h/a@b", "http://h/a@b |  | "); // an @ in the path is no login
+    row("redirect", "http://h/a/f.bin /files/a.zip", "http://h/files/a.zip");
+    row("redirect", "http://h:81/a/f.bin ../b.zip", "http://h:81/b.zip");
+    row("redirect", "https://h/a/f.bin c.zip?x=1", "https://h/a/c.zip?x=1");
+    row("redirect", "https://h/a/f.bin //otro/x", "https://otro/x");
+    row("redirect", "https://h/a/f.bin http://h/z", "http://h/z");
+    row("redirect", "http://h/a/f.bin http://h/ a", "http://h/%20a");
+    for (const char *bad : {"javascript:alert(1)", "file:///etc/passwd", "", "x\ty"})
+        row("redirect", "http://h/a/f.bin " + QByteArray(bad), "");
+    row("reply headers",
+        "HTTP/1.1 200 OK\r\nretry-after: 99999999\r\nETag: \"e1\"\r\nLast-Modified: ayer\r\n"
+        "Content-Disposition: attachment; filename*=UTF-8''%C3%B1u.txt; "
+        "filename=\"nu.txt\"\r\n\r\n",
+        "300 | -1 | \"e1\" | ñu.txt");
+    row("reply headers",
+        "HTTP/1.1 416 R\r\nRetry-After: -5\r\nContent-Range: bytes */5000\r\n"
+        "Last-Modified: ayer\r\nContent-Disposition: inline; filename=\"../../.bashrc\"\r\n\r\n",
+        "-1 | 5000 | ayer | ../../.bashrc");
+    row("reply headers",
+        "HTTP/1.1 503 R\r\nRetry-After: Wed, 21 Oct 2026 07:28:00 GMT\r\nContent-Range: bytes "
+        "0-1/9\r\n"
+        "Content-Disposition: attachment; filename=plano.txt\r\n\r\n",
+        "-1 | -1 |  | plano.txt");
     row("dots", "http://h/a/b/../c.zip", "http://h/a/c.zip");
     row("dots", "https://h/./a/../b", "https://h/./b");
     row("dots", "ftp://h/a/b/../../c", "ftp://h/c");
@@ -180,7 +227,7 @@ void TestParsing::pieces_data()
         "200 | -1 | HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n |  | ");
     row("head", "HTTP/1.1 302 Found\nLocation: https://b/d.zip\n\n",
         "302 | -1 |  | https://b/d.zip | ");
-    row("head", "HTTP/1.1 302 Found\r\nlocation: http://b/\r\n\r\n", "302 | -1 |  |  | ");
+    row("head", "HTTP/1.1 302 Found\r\nlocation: http://b/\r\n\r\n", "302 | -1 |  | http://b/ | ");
     // A lone CR or LF ends the address too, though the value runs on to a later CR LF.
     row("head", "HTTP/1.1 302 Found\nLocation: http://b/x\rc\r\n\r\n",
         "302 | -1 |  | http://b/x | ");

@@ -5,7 +5,6 @@
 #include "localservers.h"
 #include "scriptedhttpserver.h"
 #include "settingsmodel.h"
-#include "urls.h"
 
 #include <QDeadlineTimer>
 #include <QProcess>
@@ -117,21 +116,28 @@ void TestRealTimers::trickleNeverDropped()
 void TestRealTimers::ftpAfterKill_data()
 {
     QTest::addColumn<QString>("server");
-    for (const char *server : {"pyftpdlib", "vsftpd", "proftpd"})
-        QTest::newRow(server) << QString(server);
+    QTest::addColumn<QString>("login"); // in the address of the second file
+    QTest::newRow("pyftpdlib") << "pyftpdlib"
+                               << "ana:se%40c%3Areta@";
+    QTest::newRow("vsftpd") << "vsftpd" << QString();
+    QTest::newRow("proftpd") << "proftpd"
+                             << "ana:secreta@";
 }
 
 // Stock servers as people run them: a file in a folder, killed at about 40 % and fetched on from
 // where it stopped (the next run sends "REST" with the bytes on disk); a file at the root with a
-// UTF-8 name; a missing file, which fails at once.
+// UTF-8 name, with a login in its address where the server has users; a missing file, which
+// fails at once.
 void TestRealTimers::ftpAfterKill()
 {
     QFETCH(QString, server);
+    QFETCH(QString, login);
     QTemporaryDir root;
     QDir(root.path()).mkdir("pub");
     const QByteArray big = randomBytes(2 * 1024 * 1024);
-    const QByteArray song = randomBytes(1000);
-    for (const auto &[name, bytes] : {std::pair{"pub/grande.bin", big}, {"canción.mp3", song}}) {
+    const QByteArray songBytes = randomBytes(1000);
+    for (const auto &[name, bytes] :
+         {std::pair{"pub/grande.bin", big}, {"canción.mp3", songBytes}}) {
         QFile file(root.filePath(QString::fromUtf8(name)));
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
     }
@@ -155,11 +161,13 @@ void TestRealTimers::ftpAfterKill()
     const QList<QByteArray> saved = readFile(home.dir.filePath("activas.dwn")).split('\n');
     QCOMPARE(saved.mid(6, 2), (QList<QByteArray>{"\r", "\r"}));
 
-    QCOMPARE(runHeadless(home, {ftp->url("canci%C3%B3n.mp3"), ftp->url("nada.bin")}), 1);
+    const QString song = ftp->url("canci%C3%B3n.mp3").insert(6, login);
+    QCOMPARE(runHeadless(home, {song, ftp->url("nada.bin")}), 1);
     QCOMPARE(readFile(home.file("grande.bin")), big);
     QVERIFY2(ftp->log().contains(QByteArray("REST " + QByteArray::number(kept))),
              ftp->log().right(3000));
-    QCOMPARE(readFile(home.file(FileNameOf(ftp->url("canci%C3%B3n.mp3")))), song);
+    QCOMPARE(readFile(home.file("canción.mp3")), songBytes);
+    QCOMPARE(ftp->log().contains("USER ana"), !login.isEmpty());
     QVERIFY(!QFile::exists(home.file("nada.bin")));
 }
 

@@ -157,6 +157,7 @@ public:
             "FTPHandler.dtp_handler = ThrottledDTPHandler\n"
             "FTPHandler.authorizer = DummyAuthorizer()\n"
             "FTPHandler.authorizer.add_anonymous(sys.argv[2])\n"
+            "FTPHandler.authorizer.add_user('ana', 'se@c:reta', sys.argv[2])\n"
             "logging.basicConfig(level=logging.DEBUG)\n"
             "FTPServer(('127.0.0.1', int(sys.argv[1])), FTPHandler).serve_forever()\n";
         m_process.setArguments(

@@ -32,7 +32,8 @@ class ScriptedHttpServer final : public QObject
 public:
     using Handler = std::function<HttpReply(const QByteArray &request, int index)>;
 
-    explicit ScriptedHttpServer(Handler handler, const QSslConfiguration &tls = {})
+    explicit ScriptedHttpServer(Handler handler, const QSslConfiguration &tls = {},
+                                const QHostAddress &address = QHostAddress::LocalHost)
         : m_handler(std::move(handler))
     {
         if (tls.isNull()) {
@@ -42,7 +43,7 @@ public:
             server->setSslConfiguration(tls);
             m_server = std::move(server);
         }
-        m_server->listen(QHostAddress::LocalHost, 0);
+        m_server->listen(address, 0);
         // Every connection counts, also one whose handshake fails and so never becomes pending.
         connect(m_server.get(), &QTcpServer::newConnection, this, [this] { ++m_connections; });
         connect(m_server.get(), &QTcpServer::pendingConnectionAvailable, this, [this] {
@@ -58,9 +59,13 @@ public:
 
     QString url(const QString &path) const
     {
-        return QStringLiteral("%1://127.0.0.1:%2/%3")
+        const QHostAddress host = m_server->serverAddress();
+        return QStringLiteral("%1://%2:%3/%4")
             .arg(qobject_cast<QSslServer *>(m_server.get()) ? QStringLiteral("https")
-                                                            : QStringLiteral("http"))
+                                                            : QStringLiteral("http"),
+                 host.protocol() == QAbstractSocket::IPv6Protocol
+                     ? QLatin1Char('[') + host.toString() + QLatin1Char(']')
+                     : host.toString())
             .arg(m_server->serverPort())
             .arg(path);
     }
