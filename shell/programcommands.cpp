@@ -78,17 +78,21 @@ void Program::wireEngine()
     };
     connect(&m_quickList, &QuickList::changed, this, showQuickList);
 
-    // The count follows both lists, whatever added, moved or removed the download.
+    // The count follows both lists, whatever added, moved or removed the download; a finished
+    // download stays in the active list until it is cleared, but no longer counts as active.
     InactiveList &inactive = m_core.inactive();
     const auto showCount = [this, &active, &inactive] {
-        const int running = active.rowCount() - 1;
-        const int all = running + inactive.rowCount() - 1;
+        int running = 0;
+        for (int i = 1; i <= active.highestIndex(); ++i)
+            running += active.existe(i) && active.row(i).status != DownloadStatus::Finished;
+        const int all = active.rowCount() - 1 + inactive.rowCount() - 1;
         m_main->setPanelText(StatusPanel::Descargas,
                              QString::number(running) + QLatin1Char('/') + QString::number(all));
     };
     for (DownloadList *list :
          {static_cast<DownloadList *>(&active), static_cast<DownloadList *>(&inactive)}) {
         connect(list, &DownloadList::added, this, showCount);
+        connect(list, &DownloadList::changed, this, showCount);
         connect(list, &DownloadList::removed, this, showCount);
     }
     showCount();

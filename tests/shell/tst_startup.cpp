@@ -3,11 +3,13 @@
 #include "mainwindow.h"
 #include "program.h"
 #include "recentdownloads.h"
+#include "scriptedhttpserver.h"
 #include "settingsfixture.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMdiSubWindow>
 #include <QMenu>
@@ -70,6 +72,7 @@ private Q_SLOTS:
     void viewSwitches_data();
     void viewSwitches();
     void quickAddBar();
+    void downloadCount();
     void viewFileFailures_data();
     void viewFileFailures();
     void trayMenu();
@@ -156,6 +159,39 @@ void TestStartup::quickAddBar()
     QCOMPARE(f.read("quick.lst"),
              QByteArray("http://127.0.0.1:9/nuevo.zip\r\nhttp://127.0.0.1:9/otro.zip\r\n"
                         "http://127.0.0.1:9/viejo.zip\r\n\r\nftp://b/2\r\nhttp://c/3\r\n"));
+}
+
+void TestStartup::downloadCount()
+{
+    // setup: a server that sends "hecho" whole and keeps "lento" waiting half way
+    Started f;
+    f.start();
+    ScriptedHttpServer server([](const QByteArray &request, int) {
+        HttpReply reply = ScriptedHttpServer::file("contenido", request, true);
+        if (!request.startsWith("GET /hecho")) {
+            reply.bytes.chop(4);
+            reply.stall = true;
+        }
+        return reply;
+    });
+    const QLabel *descargas = f.main->findChild<QLabel *>("descargas");
+    const auto add = [&](const QString &name) {
+        QTest::keyClicks(f.main->quickadd()->lineEdit(), server.url(name));
+        QTest::keyClick(f.main->quickadd()->lineEdit(), Qt::Key_Return);
+    };
+    QCOMPARE(descargas->text(), QStringLiteral("0/0"));
+
+    // action and verify: running downloads / all downloads, after every change
+    add("lento");
+    QCOMPARE(descargas->text(), QStringLiteral("1/1"));
+    add("hecho");
+    QTRY_COMPARE(descargas->text(), QStringLiteral("1/2")); // finished, still listed
+    f.desktop.yesNoAnswers = {true};
+    f.main->actions()["pauseall"]->trigger();
+    QCOMPARE(descargas->text(), QStringLiteral("0/2"));
+    f.main->actions()["contall"]->trigger();
+    QTRY_COMPARE(descargas->text(), QStringLiteral("1/2"));
+    f.main->close();
 }
 
 void TestStartup::viewFileFailures_data()
