@@ -1,4 +1,5 @@
 #include "activewindow.h"
+#include "detailpanel.h"
 #include "detailwindow.h"
 #include "download.h"
 #include "enginefixture.h"
@@ -624,6 +625,58 @@ private Q_SLOTS:
         QTest::keyClick(frame, Qt::Key_Menu);
         QTRY_VERIFY(f.activas.menu()->isVisible());
         f.activas.menu()->hide();
+    }
+
+    // Every field of the detail panel shows the longest text of a 10 GiB download whole, in a
+    // panel as wide as the active window is by default, as it is arranged beside the inactive
+    // one, and as narrow as it gets: the fields then take more lines, none over another.
+    void detailPanelFits_data()
+    {
+        QTest::addColumn<int>("width");
+        QTest::newRow("wide") << 712;
+        QTest::newRow("beside the inactive window") << 470;
+        QTest::newRow("narrowest") << 0;
+    }
+    void detailPanelFits()
+    {
+        QFETCH(int, width);
+        DetailPanel panel;
+        panel.showDetails({.inf = "Información detallada de uno.iso",
+                           .urlt = "http://127.0.0.1/uno.iso",
+                           .porcientot = "100%",
+                           .bytest = "10737418240/10737418240",
+                           .velmedia = "9999 Kb/seg",
+                           .tiempou = "99:59:59",
+                           .tiemporest = "99:59:59"});
+        width = std::max(width, panel.minimumSizeHint().width());
+        panel.resize(width, panel.heightForWidth(width));
+        panel.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&panel));
+
+        // A field too narrow for its text scrolls it: the cursor at its end then stands left of
+        // where it stands in a field with all the room.
+        const auto cursorAtEnd = [](QLineEdit *field) {
+            field->setCursorPosition(field->text().size());
+            field->grab(); // the field scrolls as it paints
+            return field->inputMethodQuery(Qt::ImCursorRectangle).toRect();
+        };
+        QLineEdit roomy;
+        roomy.resize(1000, 30);
+        QList<QRect> places{panel.findChild<QCheckBox *>("allowredoc")->geometry()};
+        for (const char *name :
+             {"urlt", "bytest", "porcientot", "velmedia", "tiempou", "tiemporest"}) {
+            auto *field = panel.findChild<QLineEdit *>(name);
+            roomy.setText(field->text());
+            const QRect cursor = cursorAtEnd(field);
+            QVERIFY2(cursor.x() == cursorAtEnd(&roomy).x() && field->rect().contains(cursor), name);
+            places << QRect(field->mapTo(&panel, QPoint()), field->size());
+        }
+        for (const QRect &place : places) {
+            QVERIFY(panel.contentsRect().contains(place));
+            QCOMPARE(std::count_if(places.begin(), places.end(),
+                                   [&](const QRect &other) { return other.intersects(place); }),
+                     1);
+        }
     }
 
     // A double click on a row opens the one detail window for that download, which follows it
