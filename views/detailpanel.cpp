@@ -43,7 +43,7 @@ DetailPanel::DetailPanel(QWidget *parent)
         ->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     place(QStringLiteral("Bytes descargados/total:"),
           fitTo(m_bytest, QStringLiteral("10737418240/10737418240")));
-    place(QStringLiteral("Progreso:"), fitTo(m_porcientot, QStringLiteral("100%")));
+    place(QStringLiteral("Progreso:"), fitTo(m_porcientot, QStringLiteral("99.99%")));
     place(QStringLiteral("Velocidad media:"), fitTo(m_velmedia, QStringLiteral("9999 Kb/seg")));
     place(QStringLiteral("Tiempo utilizado:"), fitTo(m_tiempou, QStringLiteral("99:59:59")));
     place(QStringLiteral("Tiempo restante:"), fitTo(m_tiemporest, QStringLiteral("99:59:59")));

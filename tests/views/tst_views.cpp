@@ -643,7 +643,7 @@ private Q_SLOTS:
         DetailPanel panel;
         panel.showDetails({.inf = "Información detallada de uno.iso",
                            .urlt = "http://127.0.0.1/uno.iso",
-                           .porcientot = "100%",
+                           .porcientot = "99.99%",
                            .bytest = "10737418240/10737418240",
                            .velmedia = "9999 Kb/seg",
                            .tiempou = "99:59:59",
@@ -800,8 +800,7 @@ private Q_SLOTS:
             QTest::addRow("to 0%s", qPrintable(size)) << dropping << area << QSize(62, 14) << true;
             QTest::addRow("idle%s", qPrintable(size)) << idle << area << QSize(46, 14) << true;
         }
-        QTest::newRow("smaller font at the least size")
-            << flat << QSize(240, 100) << QSize(48, 11) << true;
+        QTest::newRow("smaller font") << flat << QSize(240, 100) << QSize(48, 11) << true;
         QTest::newRow("too cramped") << flat << QSize(240, 60) << QSize(62, 14) << false;
     }
     void labelPlaces()
