@@ -73,8 +73,8 @@ Grafica::Grafica(QWidget *parent) : QWidget(parent)
         label->setAttribute(Qt::WA_TransparentForMouseEvents);
         m_texto.append(label);
     }
-    // Room for nine labels in three lines at their least size.
-    setMinimumSize(240, 100);
+    // Arranged among many windows it may get little room: its labels then get smaller.
+    setMinimumSize(120, 60);
 }
 
 void Grafica::addvalue(int value, const QString &text)
