@@ -585,6 +585,16 @@ private Q_SLOTS:
             QVERIFY(rows.last()->isVisible() && !rows.first()->isVisible());
             QVERIFY(rows.last()->geometry().bottom() <= frame->contentsRect().bottom());
             QVERIFY(window->width() < 1000);
+            // At the window's least width a row still shows the longest size whole.
+            window->resize(window->minimumSizeHint());
+            RowContent longest;
+            longest.bytes = "10239.99 Mb";
+            longest.porcentaje = 100;
+            rows.last()->showContent(longest);
+            for (const char *name : {"nbytes", "porciento"}) {
+                const QLabel *shown = label(*rows.last(), name);
+                QVERIFY2(shown->width() >= shown->sizeHint().width(), name);
+            }
         }
     }
 
