@@ -12,7 +12,6 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QStatusBar>
-#include <QStyle>
 #include <QToolBar>
 
 namespace {
@@ -205,50 +204,53 @@ void MainWindow::applyViewSwitches(const ViewSwitches &switches)
     }
 }
 
+QList<Tile> MainWindow::shown(std::initializer_list<ViewSwitches::Switch> which) const
+{
+    QList<Tile> tiles;
+    for (const ViewSwitches::Switch i : which) {
+        QMdiSubWindow *sub = m_children[i];
+        // The lists keep their room; the others give some up when there is not enough.
+        if (sub && !sub->isHidden() && !sub->isMinimized())
+            tiles.append({sub, i != ViewSwitches::viewactivas && i != ViewSwitches::viewinactivas});
+    }
+    return tiles;
+}
+
 void MainWindow::arrange()
 {
-    const auto shown = std::count_if(m_children.begin(), m_children.end(),
-                                     [](QMdiSubWindow *sub) { return sub && !sub->isHidden(); });
-    if (shown > 3)
-        m_mdi->tileSubWindows();
-    else
+    const QList<Tile> lists = shown({ViewSwitches::viewactivas, ViewSwitches::viewinactivas});
+    const QList<Tile> others =
+        shown({ViewSwitches::viewweb, ViewSwitches::viewhist, ViewSwitches::viewestadisticas});
+    if (lists.size() + others.size() <= 3) {
         tile(Qt::Horizontal);
+        return;
+    }
+    // Many windows: the lists side by side, the others side by side under them.
+    place({lists, others});
 }
 
 void MainWindow::tile(Qt::Orientation orientation)
 {
-    QList<QMdiSubWindow *> shown;
-    for (QMdiSubWindow *sub : m_mdi->subWindowList(QMdiArea::CreationOrder)) {
-        if (!sub->isHidden() && !sub->isMinimized())
-            shown.append(sub);
-    }
-    if (shown.isEmpty())
+    const QList<Tile> tiles =
+        shown({ViewSwitches::viewweb, ViewSwitches::viewinactivas, ViewSwitches::viewactivas,
+               ViewSwitches::viewhist, ViewSwitches::viewestadisticas});
+    if (orientation == Qt::Vertical) {
+        place({tiles});
         return;
-    // Each window gets at least what it needs, and an equal share of the room left over; when
-    // there is none, the area scrolls, and its scroll bar takes from the windows' other side.
-    const bool stacked = orientation == Qt::Horizontal;
-    const QSize area = m_mdi->maximumViewportSize();
-    const auto extent = [stacked](const QSize &size) {
-        return stacked ? size.height() : size.width();
-    };
-    int needed = 0;
-    for (QMdiSubWindow *sub : std::as_const(shown))
-        needed += extent(sub->minimumSizeHint());
-    const int share = std::max(0, extent(area) - needed) / int(shown.size());
-    const int scrollBar =
-        needed > extent(area) ? style()->pixelMetric(QStyle::PM_ScrollBarExtent) : 0;
-    const int across = (stacked ? area.width() : area.height()) - scrollBar;
-    int at = 0;
-    for (QMdiSubWindow *sub : std::as_const(shown)) {
-        m_placed.insert(sub);
-        sub->showNormal();
-        const int length = extent(sub->minimumSizeHint()) + share;
-        if (stacked)
-            sub->setGeometry(0, at, across, length);
-        else
-            sub->setGeometry(at, 0, length, across);
-        at += length;
     }
+    QList<QList<Tile>> rows;
+    for (const Tile &tile : tiles)
+        rows.append({tile});
+    place(rows);
+}
+
+void MainWindow::place(const QList<QList<Tile>> &rows)
+{
+    for (const QList<Tile> &row : rows) {
+        for (const Tile &tile : row)
+            m_placed.insert(tile.window);
+    }
+    placeInRows(*m_mdi, rows);
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "mditiling.h"
 #include "statuspanel.h"
 #include "viewswitches.h"
 
@@ -40,9 +41,10 @@ public:
 
     ViewSwitches viewSwitches() const;
     void applyViewSwitches(const ViewSwitches &switches);
-    // Child windows one above the other (`horizontal`) or side by side.
+    // Child windows one above the other (`horizontal`) or side by side, as far as the area's
+    // width allows.
     void tile(Qt::Orientation orientation);
-    // A few windows one above the other, more of them in a grid.
+    // A few windows one above the other; more of them in two rows, the lists in the first.
     void arrange();
 
     void setPanelText(StatusPanel panel, const QString &text);
@@ -61,6 +63,9 @@ protected:
 
 private:
     QAction *switchAction(ViewSwitches::Switch which) const;
+    // Those of the `which` child windows that are shown and not minimised, in that order.
+    QList<Tile> shown(std::initializer_list<ViewSwitches::Switch> which) const;
+    void place(const QList<QList<Tile>> &rows);
     void showSwitched(ViewSwitches::Switch which, bool on);
     void buildQuickBar();
     void buildStatusBar();

@@ -23,14 +23,7 @@ void Program::wireMenus()
     const auto on = [this, &actions](const char *name, auto function) {
         connect(actions[QLatin1String(name)], &QAction::triggered, this, function);
     };
-    on("newurl", [this] {
-        if (m_core.quickAdd().newurl(QGuiApplication::clipboard()->text()).isEmpty())
-            return;
-        const int running = m_core.active().rowCount() - 1;
-        m_main->setPanelText(StatusPanel::Descargas,
-                             QString::number(running) + QLatin1Char('/') +
-                                 QString::number(running + m_core.inactive().rowCount() - 1));
-    });
+    on("newurl", [this] { m_core.quickAdd().newurl(QGuiApplication::clipboard()->text()); });
     on("loadlist", &Program::showFileList);
     on("listado", &Program::showListado);
     on("savehist", [this] { m_core.history().savehist(); });
@@ -84,6 +77,25 @@ void Program::wireEngine()
         box->setEditText(typed);
     };
     connect(&m_quickList, &QuickList::changed, this, showQuickList);
+
+    // The count follows both lists, whatever added, moved or removed the download; a finished
+    // download stays in the active list until it is cleared, but no longer counts as active.
+    InactiveList &inactive = m_core.inactive();
+    const auto showCount = [this, &active, &inactive] {
+        int running = 0;
+        for (int i = 1; i <= active.highestIndex(); ++i)
+            running += active.existe(i) && active.row(i).status != DownloadStatus::Finished;
+        const int all = active.rowCount() - 1 + inactive.rowCount() - 1;
+        m_main->setPanelText(StatusPanel::Descargas,
+                             QString::number(running) + QLatin1Char('/') + QString::number(all));
+    };
+    for (DownloadList *list :
+         {static_cast<DownloadList *>(&active), static_cast<DownloadList *>(&inactive)}) {
+        connect(list, &DownloadList::added, this, showCount);
+        connect(list, &DownloadList::changed, this, showCount);
+        connect(list, &DownloadList::removed, this, showCount);
+    }
+    showCount();
 }
 
 // The tools are made on first use and kept.

@@ -1,11 +1,14 @@
 #include "detailpanel.h"
 
 #include "activelist.h"
+#include "flowlayout.h"
 
 #include <QCheckBox>
-#include <QGridLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QStyle>
+#include <QStyleOptionFrame>
 
 DetailPanel::DetailPanel(QWidget *parent)
     : QGroupBox(parent), m_urlt(field("urlt")), m_bytest(field("bytest")),
@@ -20,26 +23,52 @@ DetailPanel::DetailPanel(QWidget *parent)
     m_allowredoc->setFocusPolicy(Qt::NoFocus);
     m_tiemporest->setToolTip(QStringLiteral("Tiempo restante (estimado)"));
 
-    auto *grid = new QGridLayout(this);
-    const auto place = [this, grid](const QString &caption, QLineEdit *edit, int row, int column,
-                                    int span) {
-        auto *label = new QLabel(caption, this);
-        label->setBuddy(edit);
-        label->setToolTip(edit->toolTip());
-        grid->addWidget(label, row, column);
-        grid->addWidget(edit, row, column + 1, 1, span);
+    // Each field is as wide as the longest text it shows for a 10 GiB download; a narrow panel
+    // puts its fields on more lines rather than cut them.
+    auto *flow = new FlowLayout(this);
+    flow->setSpacing(6);
+    const auto place = [this, flow](const QString &caption, QWidget *field) {
+        auto *pair = new QWidget(this);
+        auto *line = new QHBoxLayout(pair);
+        line->setContentsMargins(0, 0, 0, 0);
+        auto *label = new QLabel(caption, pair);
+        label->setBuddy(field);
+        label->setToolTip(field->toolTip());
+        line->addWidget(label);
+        line->addWidget(field, 1);
+        flow->addWidget(pair);
+        return pair;
     };
-    place(QStringLiteral("URL:"), m_urlt, 0, 0, 5);
-    place(QStringLiteral("Bytes descargados/total:"), m_bytest, 1, 0, 1);
-    place(QStringLiteral("Progreso:"), m_porcientot, 1, 2, 1);
-    place(QStringLiteral("Velocidad media:"), m_velmedia, 1, 4, 1);
-    place(QStringLiteral("Tiempo utilizado:"), m_tiempou, 2, 0, 1);
-    place(QStringLiteral("Tiempo restante:"), m_tiemporest, 2, 2, 1);
-    grid->addWidget(m_allowredoc, 2, 4, 1, 2);
-    grid->setColumnStretch(1, 2);
-    grid->setColumnStretch(3, 1);
-    grid->setColumnStretch(5, 1);
+    place(QStringLiteral("URL:"), m_urlt)
+        ->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    place(QStringLiteral("Bytes descargados/total:"),
+          fitTo(m_bytest, QStringLiteral("10737418240/10737418240")));
+    place(QStringLiteral("Progreso:"), fitTo(m_porcientot, QStringLiteral("99.99%")));
+    place(QStringLiteral("Velocidad media:"), fitTo(m_velmedia, QStringLiteral("9999 Kb/seg")));
+    place(QStringLiteral("Tiempo utilizado:"), fitTo(m_tiempou, QStringLiteral("99:59:59")));
+    place(QStringLiteral("Tiempo restante:"), fitTo(m_tiemporest, QStringLiteral("99:59:59")));
+    flow->addWidget(m_allowredoc);
     showDetails(DownloadDetails());
+}
+
+QLineEdit *DetailPanel::fitTo(QLineEdit *field, const QString &longest)
+{
+    // What the field needs around its text, measured as the field measures itself: the style's
+    // frame, the text margins, the side margins of 2 pixels, the bearings and the cursor.
+    const QFontMetrics metrics(field->font());
+    const QMargins text = field->textMargins();
+    const int width = metrics.horizontalAdvance(longest) + text.left() + text.right() + 2 * 2 + 1 +
+                      std::max(0, -metrics.minLeftBearing()) +
+                      std::max(0, -metrics.minRightBearing());
+    QStyleOptionFrame frame;
+    frame.initFrom(field);
+    frame.lineWidth = field->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &frame, field);
+    frame.state |= QStyle::State_Sunken;
+    field->setMinimumWidth(
+        field->style()
+            ->sizeFromContents(QStyle::CT_LineEdit, &frame, QSize(width, metrics.height()), field)
+            .width());
+    return field;
 }
 
 QLineEdit *DetailPanel::field(const char *name)

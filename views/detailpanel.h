@@ -22,6 +22,8 @@ protected:
 
 private:
     QLineEdit *field(const char *name);
+    // `field`, made wide enough to show `longest` whole.
+    static QLineEdit *fitTo(QLineEdit *field, const QString &longest);
     // A long name loses its middle rather than widen the window.
     void showTitle();
 

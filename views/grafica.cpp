@@ -37,6 +37,21 @@ QPoint toPixels(QPointF twips)
     return {int(std::lround(twips.x() / 15.0)), int(std::lround(twips.y() / 15.0))};
 }
 
+// Each label centred over its point, kept inside the graph's left, right and top edges.
+QList<QRect> overPoints(const QList<QRect> &points, const QList<QSize> &sizes, QSize area)
+{
+    QList<QRect> places;
+    for (qsizetype i = 0; i < points.size(); ++i) {
+        const QSize size = sizes[i];
+        const int left = points[i].x() + (points[i].width() - size.width()) / 2;
+        const int top = points[i].top() - 4 - size.height();
+        places.append(QRect(
+            QPoint(std::clamp(left, 0, std::max(0, area.width() - size.width())), std::max(0, top)),
+            size));
+    }
+    return places;
+}
+
 } // namespace
 
 Grafica::Grafica(QWidget *parent) : QWidget(parent)
@@ -48,7 +63,8 @@ Grafica::Grafica(QWidget *parent) : QWidget(parent)
     colours.setColor(QPalette::WindowText, winColor(0xE0E0E0));
     setPalette(colours);
     QFont small = font();
-    small.setPointSizeF(std::max(6.0, small.pointSizeF() * 0.85));
+    m_labelSize = std::max(MinimumLabelSize, small.pointSizeF() * 0.85);
+    small.setPointSizeF(m_labelSize);
     for (int i = 0; i < GraphModel::Points; ++i) {
         m_punto.append(new Punto(this));
         auto *label = new QLabel(m_model.text(i), this);
@@ -57,7 +73,8 @@ Grafica::Grafica(QWidget *parent) : QWidget(parent)
         label->setAttribute(Qt::WA_TransparentForMouseEvents);
         m_texto.append(label);
     }
-    setMinimumSize(240, 120);
+    // Arranged among many windows it may get little room: its labels then get smaller.
+    setMinimumSize(120, 60);
 }
 
 void Grafica::addvalue(int value, const QString &text)
@@ -72,15 +89,29 @@ void Grafica::Redraw()
 {
     const double width = contentsRect().width() * 15.0;
     const double height = contentsRect().height() * 15.0;
+    QList<QRect> markers;
     for (int i = 0; i < GraphModel::Points; ++i) {
         m_punto[i]->move(toPixels(m_model.pointAt(i, width, height)));
-        QLabel *label = m_texto[i];
-        label->resize(label->sizeHint());
-        const QPoint place = toPixels(m_model.labelAt(
-            i, width, height, QSizeF(label->width() * 15.0, label->height() * 15.0)));
-        // A label centred over a point near the edge would be cut off; it moves in instead.
-        label->move(std::clamp(place.x(), 0, std::max(0, this->width() - label->width())),
-                    std::max(place.y(), 0));
+        markers.append(m_punto[i]->geometry());
+    }
+    // Labels that cannot all stand apart are tried in a smaller font, down to the least that
+    // still reads; in a graph too small even for that they stand over their points.
+    QFont font = m_texto[0]->font();
+    QList<QRect> places;
+    for (qreal points = m_labelSize; places.isEmpty() && points >= MinimumLabelSize;
+         points -= 0.5) {
+        font.setPointSizeF(points);
+        const QFontMetrics metrics(font);
+        QList<QSize> sizes;
+        for (const QLabel *label : std::as_const(m_texto))
+            sizes.append(metrics.size(Qt::TextSingleLine, label->text()));
+        places = GraphModel::placeLabels(markers, sizes, size());
+        if (places.isEmpty() && points - 0.5 < MinimumLabelSize)
+            places = overPoints(markers, sizes, size());
+    }
+    for (int i = 0; i < GraphModel::Points; ++i) {
+        m_texto[i]->setFont(font);
+        m_texto[i]->setGeometry(places[i]);
     }
     update();
 }

@@ -33,6 +33,9 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent *event) override;
 
 private:
+    // The labels' font size in points: the one they take, and the least that still reads.
+    static constexpr qreal MinimumLabelSize = 7.0;
+    qreal m_labelSize = MinimumLabelSize;
     GraphModel m_model;
     QList<QWidget *> m_punto;
     QList<QLabel *> m_texto;

@@ -1,7 +1,8 @@
 #pragma once
 
+#include <QList>
 #include <QPointF>
-#include <QSizeF>
+#include <QRect>
 #include <QString>
 #include <array>
 
@@ -21,8 +22,12 @@ public:
 
     // The top left corner of point i's marker in an area of `width` × `height`.
     QPointF pointAt(int i, double width, double height) const;
-    // The top left corner of point i's label, centred above its marker.
-    QPointF labelAt(int i, double width, double height, QSizeF label) const;
+
+    // Where the labels of `points` (markers, in pixels) go in an area of `area`: each centred
+    // above its point, or where that would touch another label, below it, then further up or
+    // down; none leaves the area. Empty when they cannot all be placed so.
+    static QList<QRect> placeLabels(const QList<QRect> &points, const QList<QSize> &labels,
+                                    QSize area);
 
 private:
     std::array<int, Points> m_values{};

@@ -80,7 +80,11 @@ QSize RowFrame::minimumSizeHint() const
 {
     constexpr int ShownRows = 2;
     const int frame = 2 * frameWidth();
-    return {twipsToPixels(4 * download::PercentWidth) + frame,
+    // Each of the four equal columns is wide enough for the longest size a 10 GiB download
+    // shows, beside its indent; the rows leave room for the scroll bar.
+    const int column = fontMetrics().horizontalAdvance(QStringLiteral("10239.99 Mb")) + 2 * 2;
+    return {4 * column + twipsToPixels(download::PercentWidth) + m_scroll->sizeHint().width() +
+                frame,
             twipsToPixels((ShownRows + 1) * RowPitch) + frame};
 }
 

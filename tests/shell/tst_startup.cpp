@@ -3,15 +3,20 @@
 #include "mainwindow.h"
 #include "program.h"
 #include "recentdownloads.h"
+#include "scriptedhttpserver.h"
 #include "settingsfixture.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
+#include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 #include <QToolBar>
 
@@ -70,6 +75,9 @@ private Q_SLOTS:
     void viewSwitches_data();
     void viewSwitches();
     void quickAddBar();
+    void downloadCount();
+    void arrangedWindows_data();
+    void arrangedWindows();
     void viewFileFailures_data();
     void viewFileFailures();
     void trayMenu();
@@ -156,6 +164,97 @@ void TestStartup::quickAddBar()
     QCOMPARE(f.read("quick.lst"),
              QByteArray("http://127.0.0.1:9/nuevo.zip\r\nhttp://127.0.0.1:9/otro.zip\r\n"
                         "http://127.0.0.1:9/viejo.zip\r\n\r\nftp://b/2\r\nhttp://c/3\r\n"));
+}
+
+void TestStartup::downloadCount()
+{
+    // setup: a server that sends "hecho" whole and keeps "lento" waiting half way
+    Started f;
+    f.start();
+    ScriptedHttpServer server([](const QByteArray &request, int) {
+        HttpReply reply = ScriptedHttpServer::file("contenido", request, true);
+        if (!request.startsWith("GET /hecho")) {
+            reply.bytes.chop(4);
+            reply.stall = true;
+        }
+        return reply;
+    });
+    const QLabel *descargas = f.main->findChild<QLabel *>("descargas");
+    const auto add = [&](const QString &name) {
+        QTest::keyClicks(f.main->quickadd()->lineEdit(), server.url(name));
+        QTest::keyClick(f.main->quickadd()->lineEdit(), Qt::Key_Return);
+    };
+    QCOMPARE(descargas->text(), QStringLiteral("0/0"));
+
+    // action and verify: running downloads / all downloads, after every change
+    add("lento");
+    QCOMPARE(descargas->text(), QStringLiteral("1/1"));
+    add("hecho");
+    QTRY_COMPARE(descargas->text(), QStringLiteral("1/2")); // finished, still listed
+    f.desktop.yesNoAnswers = {true};
+    f.main->actions()["pauseall"]->trigger();
+    QCOMPARE(descargas->text(), QStringLiteral("0/2"));
+    f.main->actions()["contall"]->trigger();
+    QTRY_COMPARE(descargas->text(), QStringLiteral("1/2"));
+    f.main->close();
+}
+
+void TestStartup::arrangedWindows_data()
+{
+    // The main window as it opens on screens of 1280 x 800, 1366 x 768 and 1920 x 1080 (also at
+    // a scale of 1.5, 1280 x 720), and maximised on them; then too small for all.
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<bool>("fits");
+    QTest::newRow("opened") << QSize(980, 660) << true;
+    QTest::newRow("1280 x 800") << QSize(1280, 770) << true;
+    QTest::newRow("1366 x 768") << QSize(1366, 738) << true;
+    QTest::newRow("1280 x 720") << QSize(1280, 690) << true;
+    QTest::newRow("1920 x 1080") << QSize(1920, 1050) << true;
+    QTest::newRow("too small") << QSize(640, 480) << false;
+}
+
+void TestStartup::arrangedWindows()
+{
+    // setup: the four windows of the lists, the history and the graph
+    QFETCH(QSize, size);
+    QFETCH(bool, fits);
+    Started f;
+    f.write("view.win", words({0, -1, -1, -1, -1, -1, -1}));
+    f.start();
+    f.main->resize(size);
+    QTRY_COMPARE(f.main->size(), size);
+
+    // action: arranged, as at the start and from the Ventana menu
+    for (const char *how : {"", "mhorz", "mvert"}) {
+        if (*how)
+            f.main->actions()[how]->trigger();
+        else
+            f.main->arrange();
+        QApplication::processEvents();
+        const QMdiArea *mdi = f.main->mdi();
+
+        // verify: no sideways scrolling, no window over another, each inside the area and the
+        // lists with the room their contents need; when that is not there, the area scrolls down
+        QVERIFY2(!mdi->horizontalScrollBar()->isVisible(), how);
+        QCOMPARE(mdi->verticalScrollBar()->isVisible(), !fits);
+        QList<QRect> places;
+        for (const QMdiSubWindow *sub : mdi->subWindowList()) {
+            if (sub->isVisible())
+                places << sub->geometry();
+        }
+        for (const QRect &place : places) {
+            QVERIFY2(!fits || mdi->viewport()->rect().contains(place), how);
+            QCOMPARE(std::count_if(places.begin(), places.end(),
+                                   [&](const QRect &other) { return other.intersects(place); }),
+                     1);
+        }
+        for (const auto list : {ViewSwitches::viewactivas, ViewSwitches::viewinactivas}) {
+            const QMdiSubWindow *sub = f.main->child(list);
+            QVERIFY2(sub->width() >= sub->minimumSizeHint().width(), how);
+            QVERIFY2(sub->height() >= sub->layout()->totalMinimumHeightForWidth(sub->width()), how);
+        }
+    }
+    f.main->close();
 }
 
 void TestStartup::viewFileFailures_data()

@@ -1,8 +1,10 @@
 #include "activewindow.h"
+#include "detailpanel.h"
 #include "detailwindow.h"
 #include "download.h"
 #include "enginefixture.h"
 #include "grafica.h"
+#include "graphmodel.h"
 #include "inactivewindow.h"
 #include "rowframe.h"
 #include "scriptedhttpserver.h"
@@ -583,6 +585,16 @@ private Q_SLOTS:
             QVERIFY(rows.last()->isVisible() && !rows.first()->isVisible());
             QVERIFY(rows.last()->geometry().bottom() <= frame->contentsRect().bottom());
             QVERIFY(window->width() < 1000);
+            // At the window's least width a row still shows the longest size whole.
+            window->resize(window->minimumSizeHint());
+            RowContent longest;
+            longest.bytes = "10239.99 Mb";
+            longest.porcentaje = 100;
+            rows.last()->showContent(longest);
+            for (const char *name : {"nbytes", "porciento"}) {
+                const QLabel *shown = label(*rows.last(), name);
+                QVERIFY2(shown->width() >= shown->sizeHint().width(), name);
+            }
         }
     }
 
@@ -623,6 +635,58 @@ private Q_SLOTS:
         QTest::keyClick(frame, Qt::Key_Menu);
         QTRY_VERIFY(f.activas.menu()->isVisible());
         f.activas.menu()->hide();
+    }
+
+    // Every field of the detail panel shows the longest text of a 10 GiB download whole, in a
+    // panel as wide as the active window is by default, as it is arranged beside the inactive
+    // one, and as narrow as it gets: the fields then take more lines, none over another.
+    void detailPanelFits_data()
+    {
+        QTest::addColumn<int>("width");
+        QTest::newRow("wide") << 712;
+        QTest::newRow("beside the inactive window") << 470;
+        QTest::newRow("narrowest") << 0;
+    }
+    void detailPanelFits()
+    {
+        QFETCH(int, width);
+        DetailPanel panel;
+        panel.showDetails({.inf = "Información detallada de uno.iso",
+                           .urlt = "http://127.0.0.1/uno.iso",
+                           .porcientot = "99.99%",
+                           .bytest = "10737418240/10737418240",
+                           .velmedia = "9999 Kb/seg",
+                           .tiempou = "99:59:59",
+                           .tiemporest = "99:59:59"});
+        width = std::max(width, panel.minimumSizeHint().width());
+        panel.resize(width, panel.heightForWidth(width));
+        panel.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&panel));
+
+        // A field too narrow for its text scrolls it: the cursor at its end then stands left of
+        // where it stands in a field with all the room.
+        const auto cursorAtEnd = [](QLineEdit *field) {
+            field->setCursorPosition(field->text().size());
+            field->grab(); // the field scrolls as it paints
+            return field->inputMethodQuery(Qt::ImCursorRectangle).toRect();
+        };
+        QLineEdit roomy;
+        roomy.resize(1000, 30);
+        QList<QRect> places{panel.findChild<QCheckBox *>("allowredoc")->geometry()};
+        for (const char *name :
+             {"urlt", "bytest", "porcientot", "velmedia", "tiempou", "tiemporest"}) {
+            auto *field = panel.findChild<QLineEdit *>(name);
+            roomy.setText(field->text());
+            const QRect cursor = cursorAtEnd(field);
+            QVERIFY2(cursor.x() == cursorAtEnd(&roomy).x() && field->rect().contains(cursor), name);
+            places << QRect(field->mapTo(&panel, QPoint()), field->size());
+        }
+        for (const QRect &place : places) {
+            QVERIFY(panel.contentsRect().contains(place));
+            QCOMPARE(std::count_if(places.begin(), places.end(),
+                                   [&](const QRect &other) { return other.intersects(place); }),
+                     1);
+        }
     }
 
     // A double click on a row opens the one detail window for that download, which follows it
@@ -724,6 +788,61 @@ private Q_SLOTS:
         const QLabel *label = graph->findChildren<QLabel *>("texto")[4];
         QCOMPARE(label->geometry().bottom() + 1, points[4]->y() - 4);
         QVERIFY(qAbs(label->geometry().center().x() - points[4]->geometry().center().x()) <= 1);
+    }
+
+    // The labels of a speed that stays, rises or drops to 0, in graphs from roomy to cramped:
+    // each stands by its own point, none touches another label or a point, none leaves the
+    // graph; where nine cannot stand apart there is no placing (the font is made smaller).
+    void labelPlaces_data()
+    {
+        QTest::addColumn<QList<int>>("values");
+        QTest::addColumn<QSize>("area");
+        QTest::addColumn<QSize>("label"); // "2035 Kb/seg" in a small font
+        QTest::addColumn<bool>("placed");
+        const QList<int> flat{2035, 2036, 1952, 2000, 1995, 2008, 2001, 1998, 2003};
+        const QList<int> rising{0, 300, 600, 900, 1200, 1500, 1800, 2100, 2400};
+        const QList<int> dropping{2400, 2400, 2300, 2000, 1200, 400, 0, 0, 0};
+        const QList<int> idle(9, 0);
+        for (const QSize area : {QSize(900, 300), QSize(480, 220), QSize(300, 110)}) {
+            const QString size = QString(" %1x%2").arg(area.width()).arg(area.height());
+            QTest::addRow("flat%s", qPrintable(size)) << flat << area << QSize(62, 14) << true;
+            QTest::addRow("rising%s", qPrintable(size)) << rising << area << QSize(62, 14) << true;
+            QTest::addRow("to 0%s", qPrintable(size)) << dropping << area << QSize(62, 14) << true;
+            QTest::addRow("idle%s", qPrintable(size)) << idle << area << QSize(46, 14) << true;
+        }
+        QTest::newRow("smaller font") << flat << QSize(240, 100) << QSize(48, 11) << true;
+        QTest::newRow("too cramped") << flat << QSize(240, 60) << QSize(62, 14) << false;
+    }
+    void labelPlaces()
+    {
+        QFETCH(QList<int>, values);
+        QFETCH(QSize, area);
+        QFETCH(QSize, label);
+        QFETCH(bool, placed);
+        GraphModel model;
+        for (int value : values)
+            model.addvalue(value, {});
+        QList<QRect> points;
+        for (int i = 0; i < GraphModel::Points; ++i) {
+            const QPointF twips = model.pointAt(i, area.width() * 15.0, area.height() * 15.0);
+            points << QRect(qRound(twips.x() / 15), qRound(twips.y() / 15), 7, 7);
+        }
+
+        const QList<QRect> places =
+            GraphModel::placeLabels(points, QList<QSize>(GraphModel::Points, label), area);
+
+        QCOMPARE(!places.isEmpty(), placed);
+        for (int i = 0; i < places.size(); ++i) {
+            const QRect place = places[i];
+            QVERIFY2(QRect(QPoint(), area).contains(place), qPrintable(QString::number(i)));
+            const bool atEdge = place.left() == 0 || place.right() == area.width() - 1;
+            QVERIFY(atEdge || qAbs(place.center().x() - points[i].center().x()) <= 1);
+            for (int j = 0; j < GraphModel::Points; ++j) {
+                QVERIFY2(!place.intersects(points[j]), qPrintable(QString("%1 %2").arg(i).arg(j)));
+                QVERIFY2(j == i || !place.intersects(places[j]),
+                         qPrintable(QString("%1 %2").arg(i).arg(j)));
+            }
+        }
     }
 };
 
