@@ -1,25 +1,18 @@
+#include "corvaneprocess.h"
 #include "scriptedhttpserver.h"
 #include "settingsfixture.h"
 
-#include <QProcess>
 #include <QTest>
-#include <csignal>
 
 namespace {
 
 const QByteArray Content = QByteArray("0123456789abcdef").repeated(20000);
-const QString Program = qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane";
 
 // The program run headless over a program folder, as a person would from a script.
-struct Run
+QStringList headless(const QString &home, const QStringList &urls)
 {
-    QProcess process;
-    Run(const QString &home, const QStringList &urls)
-    {
-        process.start(Program, QStringList{"--headless", "--home=" + home} + urls);
-    }
-    bool ended() const { return process.state() == QProcess::NotRunning; }
-};
+    return QStringList{"--headless", "--home=" + home} + urls;
+}
 
 // The program as `cmake --install` lays it out under a prefix of its own; installed once a run.
 QString installedProgram()
@@ -65,19 +58,18 @@ void TestHeadless::queueAndFailures()
     for (int i = 0; i < 6; ++i)
         urls << server.url(QStringLiteral("a/f%1.bin").arg(i));
 
-    Run run(f.folder(), urls);
-    QTRY_VERIFY_WITH_TIMEOUT(run.ended(), 30000);
+    CorvaneProcess run(headless(f.folder(), urls));
+    QCOMPARE(run.waitForExit(30000), 1);
 
-    QCOMPARE(run.process.exitCode(), 1);
     for (int i = 0; i < 6; ++i)
         QCOMPARE(f.read(QStringLiteral("download/f%1.bin").arg(i)), Content);
     QCOMPARE(server.requests().size(), 7);
-    const QString err = QString::fromUtf8(run.process.readAllStandardError());
+    const QString err = run.errorText();
     QVERIFY2(err.contains("El archivo " + server.url("nada.zip") + " no existe.\n"),
              qPrintable(err));
     QVERIFY(err.contains("Escriba una dirección correcta (debe empezar por http:// o ftp://)\n"));
     QVERIFY(err.contains("Finalizada la descarga de " + server.url("a/f5.bin") + "\n"));
-    const QString out = QString::fromUtf8(run.process.readAllStandardOutput());
+    const QString out = run.outputText();
     QVERIFY2(out.contains("Iniciada: " + server.url("a/f0.bin")), qPrintable(out));
     QVERIFY(out.contains("Terminada: " + f.path("download/f0.bin")));
     QVERIFY(out.contains("Fallida: " + server.url("nada.zip")));
@@ -101,22 +93,19 @@ void TestHeadless::stopsOnTermAndResumes()
         return reply;
     });
     const QString path = f.path("download/f.bin");
-    Run first(f.folder(), {server.url("f.bin")});
+    CorvaneProcess first(headless(f.folder(), {server.url("f.bin")}));
     QTRY_COMPARE_WITH_TIMEOUT(QFileInfo(path).size(), qint64(100000), 20000);
-    ::kill(pid_t(first.process.processId()), SIGTERM);
-    QTRY_VERIFY_WITH_TIMEOUT(first.ended(), 10000);
-    QCOMPARE(first.process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(first.process.exitCode(), 1);
-    QVERIFY(!first.process.readAllStandardError().contains("configuración"));
+    first.terminate(); // SIGTERM
+    QCOMPARE(first.waitForExit(10000), 1);
+    QVERIFY(!first.readAllStandardError().contains("configuración"));
     QVERIFY(f.read("corvane.ini").startsWith(QByteArray(f.path("download/").toUtf8() + "\r\n")));
     QCOMPARE(f.read("download/f.bin"), Content.left(100000));
     QVERIFY(f.read("activas.dwn").startsWith(server.url("f.bin").toUtf8()));
 
     // The next run, with no address given, picks the saved download up where it stopped.
     stall = false;
-    Run second(f.folder(), {});
-    QTRY_VERIFY_WITH_TIMEOUT(second.ended(), 20000);
-    QCOMPARE(second.process.exitCode(), 0);
+    CorvaneProcess second(headless(f.folder(), {}));
+    QCOMPARE(second.waitForExit(20000), 0);
     QCOMPARE(ScriptedHttpServer::rangeStart(server.requests().value(1)), 100000);
     QCOMPARE(f.read("download/f.bin"), Content);
 }
@@ -157,20 +146,18 @@ void TestHeadless::installed()
     ScriptedHttpServer server([](const QByteArray &request, int) {
         return ScriptedHttpServer::file(Content, request, false);
     });
-    QProcess run;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("HOME", f.dir.path());
     environment.insert("XDG_CONFIG_HOME", f.path(".config"));
     environment.remove("XDG_DATA_HOME");
-    run.setProcessEnvironment(environment);
     QStringList arguments{"--headless", server.url("f.bin")};
     if (!home.isEmpty())
         arguments << "--home" << f.path(home);
 
-    run.start(program, arguments);
-    QTRY_VERIFY_WITH_TIMEOUT(run.state() == QProcess::NotRunning, 20000);
+    CorvaneProcess run;
+    run.launch(arguments, environment, QProcess::SeparateChannels, program);
 
-    QCOMPARE(run.exitCode(), 0);
+    QCOMPARE(run.waitForExit(20000), 0);
     QCOMPARE(f.read(landsIn + "f.bin"), Content);
     const QByteArray settings = f.read(folder + "/corvane.ini");
     QCOMPARE(settings.left(settings.indexOf("\r\n")),
@@ -192,9 +179,8 @@ void TestHeadless::usage_data()
 void TestHeadless::usage()
 {
     QFETCH(QStringList, arguments);
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(Program, arguments);
+    CorvaneProcess process(arguments, QProcessEnvironment::systemEnvironment(),
+                           QProcess::MergedChannels);
     QVERIFY(process.waitForFinished());
     QTEST(process.exitCode(), "status");
     const QString output = QString::fromUtf8(process.readAll());

@@ -1,10 +1,10 @@
+#include "corvaneprocess.h"
 #include "scriptedhttpserver.h"
 #include "settingsfixture.h"
 #include "singleinstance.h"
 #include "xserver.h"
 
 #include <QLocalSocket>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QSysInfo>
 #include <QTest>
@@ -12,25 +12,6 @@
 namespace {
 
 const QByteArray Content = QByteArray("Corvane ").repeated(300000);
-const QString Program = qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane";
-
-// The program with its windows on the test's own X server; killed if the test leaves it running.
-struct Corvane : QProcess
-{
-    Corvane(const QProcessEnvironment &environment, const QStringList &arguments)
-    {
-        setProcessEnvironment(environment);
-        setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        start(Program, arguments);
-    }
-    ~Corvane() override
-    {
-        if (state() != QProcess::NotRunning) {
-            kill();
-            waitForFinished(3000);
-        }
-    }
-};
 
 } // namespace
 
@@ -55,7 +36,8 @@ void TestProgram::downloadsTakesOverAndLeaves()
     });
     // The lock left by a program that was killed is taken over.
     home.write("corvane.lock", "999999\ncorvane\n" + QSysInfo::machineHostName().toUtf8() + "\n");
-    Corvane first(x.environment(), {"--home", home.folder(), server.url("f.bin")});
+    CorvaneProcess first({"--home", home.folder(), server.url("f.bin")}, x.environment(),
+                         QProcess::ForwardedErrorChannel);
     QTRY_COMPARE_WITH_TIMEOUT(home.read("download/f.bin").size(), Content.size(), 20000);
 
     // Garbage, a message without its end and a huge one on the hand-over channel are ignored.
@@ -71,16 +53,15 @@ void TestProgram::downloadsTakesOverAndLeaves()
     }
 
     // A second start on the same folder hands its addresses over and ends at once.
-    Corvane second(x.environment(),
-                   {"--home", home.folder(), server.url("a.bin"), "zelq:" + server.url("b.bin")});
-    QVERIFY(second.waitForFinished(10000));
-    QCOMPARE(second.exitCode(), 0);
+    CorvaneProcess second(
+        {"--home", home.folder(), server.url("a.bin"), "zelq:" + server.url("b.bin")},
+        x.environment(), QProcess::ForwardedErrorChannel);
+    QCOMPARE(second.waitForExit(10000), 0);
     QTRY_COMPARE_WITH_TIMEOUT(home.read("download/b.bin").size(), Content.size(), 20000);
     QTRY_COMPARE_WITH_TIMEOUT(home.read("download/a.bin").size(), Content.size(), 20000);
 
     // Headless, it refuses: the folder is in use.
-    QProcess third;
-    third.start(Program, {"--headless", "--home", home.folder()});
+    CorvaneProcess third({"--headless", "--home", home.folder()});
     QVERIFY(third.waitForFinished(10000));
     QCOMPARE(third.exitCode(), 3);
     QVERIFY(QString::fromUtf8(third.readAllStandardError()).contains("ya se está ejecutando"));
@@ -127,7 +108,7 @@ void TestProgram::keyboardAndScreenReader()
     reader.start("dbus-run-session",
                  {"--", "/usr/bin/python3",
                   qEnvironmentVariable("CORVANE_SOURCE_DIR") + "/tests/shell/screenreader.py",
-                  Program, home.folder(), url});
+                  CorvaneProcess::built(), home.folder(), url});
     QVERIFY(reader.waitForFinished(90000));
     QCOMPARE(reader.exitCode(), 0);
     const QStringList said = QString::fromUtf8(reader.readAllStandardOutput()).split('\n');
@@ -168,7 +149,7 @@ void TestProgram::browserLinks()
     });
     QProcessEnvironment environment = x.environment();
     environment.insert("CORVANE_HOME_PAGE", server.url("pagina.html"));
-    Corvane corvane(environment, {"--home", home.folder()});
+    CorvaneProcess corvane({"--home", home.folder()}, environment, QProcess::ForwardedErrorChannel);
 
     // verify: the zelq: link's file is downloaded, the _blank link opened nothing
     QTRY_COMPARE_WITH_TIMEOUT(home.read("download/z.bin").size(), Content.size(), 30000);

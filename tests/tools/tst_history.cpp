@@ -1,3 +1,4 @@
+#include "corvaneprocess.h"
 #include "fakedesktop.h"
 #include "historylog.h"
 #include "historytext.h"
@@ -480,9 +481,7 @@ void TestHistory::windowShowsTheHeadlessRun()
         return reply;
     });
     const QString path = QDir(home.path()).filePath("download/f.bin");
-    QProcess run;
-    run.start(qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane",
-              {"--headless", "--home", home.path(), server.url("f.bin")});
+    CorvaneProcess run({"--headless", "--home", home.path(), server.url("f.bin")});
     QVERIFY(run.waitForStarted());
     if (interrupt) {
         QTRY_COMPARE_WITH_TIMEOUT(QFileInfo(path).size(), qint64(100000), 20000);
