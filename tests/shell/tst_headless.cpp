@@ -101,6 +101,7 @@ void TestHeadless::stopsOnTermAndResumes()
     QVERIFY(f.read("corvane.ini").startsWith(QByteArray(f.path("download/").toUtf8() + "\r\n")));
     QCOMPARE(f.read("download/f.bin"), Content.left(100000));
     QVERIFY(f.read("activas.dwn").startsWith(server.url("f.bin").toUtf8()));
+    QVERIFY(f.read("historial.rtf").contains("Cerrado a las"));
 
     // The next run, with no address given, picks the saved download up where it stopped.
     stall = false;
