@@ -27,7 +27,7 @@ QStringList answersTo(const QString &home, const QByteArray &input, const QProce
     CorvaneProcess host({"--home", home, "--native-host", "chrome-extension://x/"}, env);
     host.write(input);
     host.closeWriteChannel();
-    host.waitForFinished(60000);
+    host.waitForExit(60000);
     QStringList answers;
     for (QByteArray out = host.readAllStandardOutput(); out.size() >= 4;) {
         const quint32 length = qFromUnaligned<quint32>(out.constData());
