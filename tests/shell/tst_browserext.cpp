@@ -1,3 +1,4 @@
+#include "corvaneprocess.h"
 #include "scriptedhttpserver.h"
 #include "settingsfixture.h"
 #include "singleinstance.h"
@@ -11,7 +12,6 @@
 namespace {
 
 const QString Source = qEnvironmentVariable("CORVANE_SOURCE_DIR");
-const QString Program = qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane";
 
 QJsonObject jsonOf(const QString &path)
 {
@@ -40,7 +40,7 @@ private:
     XServer m_x;
     SettingsFixture m_home;
     QTemporaryDir m_person; // the person's own folders, where the browsers look
-    QProcess m_corvane;
+    CorvaneProcess m_corvane;
     QJsonArray m_answers;
     ScriptedHttpServer m_server{[](const QByteArray &request, int) {
         if (request.startsWith("GET /pagina.html "))
@@ -70,9 +70,7 @@ void TestBrowserExtension::initTestCase()
     env.insert("HOME", m_person.path());
     env.insert("XDG_CONFIG_HOME", m_person.filePath("config"));
     env.insert("XDG_DATA_HOME", m_person.filePath("data"));
-    m_corvane.setProcessEnvironment(env);
-    m_corvane.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_corvane.start(Program, {"--home", m_home.folder()});
+    m_corvane.launch({"--home", m_home.folder()}, env, QProcess::ForwardedErrorChannel);
     QTRY_VERIFY_WITH_TIMEOUT(
         [this] {
             QLocalSocket channel;
@@ -80,11 +78,8 @@ void TestBrowserExtension::initTestCase()
             return channel.waitForConnected(100);
         }(),
         20000);
-    QProcess registration;
-    registration.setProcessEnvironment(env);
-    registration.start(Program, {"--home", m_home.folder(), "--register-browsers"});
-    QVERIFY(registration.waitForFinished(10000));
-    QCOMPARE(registration.exitCode(), 0);
+    CorvaneProcess registration({"--home", m_home.folder(), "--register-browsers"}, env);
+    QCOMPARE(registration.waitForExit(10000), 0);
 
     // Both manifests name the script the browsers start; Chromium itself checks that the one it
     // reads allows the extension, whose id follows from the key in its manifest.

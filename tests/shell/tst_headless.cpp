@@ -1,25 +1,18 @@
+#include "corvaneprocess.h"
 #include "scriptedhttpserver.h"
 #include "settingsfixture.h"
 
-#include <QProcess>
 #include <QTest>
-#include <csignal>
 
 namespace {
 
 const QByteArray Content = QByteArray("0123456789abcdef").repeated(20000);
-const QString Program = qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane";
 
 // The program run headless over a program folder, as a person would from a script.
-struct Run
+QStringList headless(const QString &home, const QStringList &urls)
 {
-    QProcess process;
-    Run(const QString &home, const QStringList &urls)
-    {
-        process.start(Program, QStringList{"--headless", "--home=" + home} + urls);
-    }
-    bool ended() const { return process.state() == QProcess::NotRunning; }
-};
+    return QStringList{"--headless", "--home=" + home} + urls;
+}
 
 // The program as `cmake --install` lays it out under a prefix of its own; installed once a run.
 QString installedProgram()
@@ -42,165 +35,128 @@ class TestHeadless : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void queueAndFailures();
-    void stopsOnTermAndResumes();
-    void installed_data();
-    void installed();
-    void usage_data();
-    void usage();
-};
+    void queueAndFailures()
+    {
+        SettingsFixture f;
+        // Two at a time: the rest wait in the queue and follow as places free, a failure's too.
+        QVERIFY(f.model.setSpin(&Settings::maxdescval, 3));
+        QVERIFY(f.model.save());
+        ScriptedHttpServer server([](const QByteArray &request, int) {
+            return request.contains("nada.zip") ? HttpReply::of("HTTP/1.1 404 No\r\n\r\n")
+                                                : ScriptedHttpServer::file(Content, request, true);
+        });
+        // Only "zelq:" in small letters marks a link: the other is an address and is refused.
+        QStringList urls{server.url("nada.zip"), "ZELQ:" + server.url("z.bin")};
+        for (int i = 0; i < 6; ++i)
+            urls << server.url(QStringLiteral("a/f%1.bin").arg(i));
 
-void TestHeadless::queueAndFailures()
-{
-    SettingsFixture f;
-    // Two at a time: the rest wait in the queue and follow as places free, a failure's too.
-    QVERIFY(f.model.setSpin(&Settings::maxdescval, 3));
-    QVERIFY(f.model.save());
-    ScriptedHttpServer server([](const QByteArray &request, int) {
-        return request.contains("nada.zip") ? HttpReply::of("HTTP/1.1 404 No\r\n\r\n")
-                                            : ScriptedHttpServer::file(Content, request, true);
-    });
-    // Only "zelq:" in small letters marks a link: the other is an address and is refused.
-    QStringList urls{server.url("nada.zip"), "ZELQ:" + server.url("z.bin")};
-    for (int i = 0; i < 6; ++i)
-        urls << server.url(QStringLiteral("a/f%1.bin").arg(i));
+        CorvaneProcess run(headless(f.folder(), urls));
+        QCOMPARE(run.waitForExit(30000), 1);
 
-    Run run(f.folder(), urls);
-    QTRY_VERIFY_WITH_TIMEOUT(run.ended(), 30000);
-
-    QCOMPARE(run.process.exitCode(), 1);
-    for (int i = 0; i < 6; ++i)
-        QCOMPARE(f.read(QStringLiteral("download/f%1.bin").arg(i)), Content);
-    QCOMPARE(server.requests().size(), 7);
-    const QString err = QString::fromUtf8(run.process.readAllStandardError());
-    QVERIFY2(err.contains("El archivo " + server.url("nada.zip") + " no existe.\n"),
-             qPrintable(err));
-    QVERIFY(err.contains("Escriba una dirección correcta (debe empezar por http:// o ftp://)\n"));
-    QVERIFY(err.contains("Finalizada la descarga de " + server.url("a/f5.bin") + "\n"));
-    const QString out = QString::fromUtf8(run.process.readAllStandardOutput());
-    QVERIFY2(out.contains("Iniciada: " + server.url("a/f0.bin")), qPrintable(out));
-    QVERIFY(out.contains("Terminada: " + f.path("download/f0.bin")));
-    QVERIFY(out.contains("Fallida: " + server.url("nada.zip")));
-    // Both lists are written on the way out; only the failed download is left in them.
-    const QByteArray active = f.read("activas.dwn");
-    QVERIFY(active.startsWith((server.url("nada.zip") + "\r\n").toUtf8()));
-    QCOMPARE(active.count("http://"), 1);
-    QVERIFY(QFile::exists(f.path("inactivas.dwn")));
-}
-
-void TestHeadless::stopsOnTermAndResumes()
-{
-    SettingsFixture f; // no settings file: a first start, with the built-in values
-    bool stall = true;
-    ScriptedHttpServer server([&](const QByteArray &request, int) {
-        HttpReply reply = ScriptedHttpServer::file(Content, request, true);
-        if (stall) {
-            reply.dropAfter = reply.bytes.indexOf("\r\n\r\n") + 4 + 100000;
-            reply.stall = true;
-        }
-        return reply;
-    });
-    const QString path = f.path("download/f.bin");
-    Run first(f.folder(), {server.url("f.bin")});
-    QTRY_COMPARE_WITH_TIMEOUT(QFileInfo(path).size(), qint64(100000), 20000);
-    ::kill(pid_t(first.process.processId()), SIGTERM);
-    QTRY_VERIFY_WITH_TIMEOUT(first.ended(), 10000);
-    QCOMPARE(first.process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(first.process.exitCode(), 1);
-    QVERIFY(!first.process.readAllStandardError().contains("configuración"));
-    QVERIFY(f.read("corvane.ini").startsWith(QByteArray(f.path("download/").toUtf8() + "\r\n")));
-    QCOMPARE(f.read("download/f.bin"), Content.left(100000));
-    QVERIFY(f.read("activas.dwn").startsWith(server.url("f.bin").toUtf8()));
-
-    // The next run, with no address given, picks the saved download up where it stopped.
-    stall = false;
-    Run second(f.folder(), {});
-    QTRY_VERIFY_WITH_TIMEOUT(second.ended(), 20000);
-    QCOMPARE(second.process.exitCode(), 0);
-    QCOMPARE(ScriptedHttpServer::rangeStart(server.requests().value(1)), 100000);
-    QCOMPARE(f.read("download/f.bin"), Content);
-}
-
-void TestHeadless::installed_data()
-{
-    // All under the person's home: --home (none when empty), the folder the file lands in and
-    // line 1 of corvane.ini after the run.
-    QTest::addColumn<QString>("home");
-    QTest::addColumn<bool>("emptyFolderLine"); // a settings file whose line 1 is empty
-    QTest::addColumn<QString>("landsIn");
-    QTest::addColumn<QString>("folderLine");
-    QTest::newRow("first start") << "" << false << "Descargas/"
-                                 << "Descargas/";
-    QTest::newRow("empty folder line") << "" << true << "Descargas/"
-                                       << "";
-    QTest::newRow("--home") << "carpeta" << false << "carpeta/download/"
-                            << "carpeta/download/";
-}
-
-void TestHeadless::installed()
-{
-    QFETCH(QString, home);
-    QFETCH(bool, emptyFolderLine);
-    QFETCH(QString, landsIn);
-    QFETCH(QString, folderLine);
-    const QString program = installedProgram();
-    QVERIFY2(!program.isEmpty(), "cmake --install failed");
-    // setup: a home whose desktop names its downloads folder, as xdg-user-dirs writes it
-    const QString folder = home.isEmpty() ? ".local/share/corvane" : home;
-    SettingsFixture f(folder);
-    QVERIFY(QDir().mkpath(f.path(folder)) && QDir().mkpath(f.path(".config")));
-    f.write(".config/user-dirs.dirs", "XDG_DOWNLOAD_DIR=\"$HOME/Descargas\"\n");
-    if (emptyFolderLine) {
-        f.model.setText(&Settings::defdir, "");
-        QVERIFY(f.saveQuiet());
+        for (int i = 0; i < 6; ++i)
+            QCOMPARE(f.read(QStringLiteral("download/f%1.bin").arg(i)), Content);
+        QCOMPARE(server.requests().size(), 7);
+        const QString err = run.errorText();
+        QVERIFY2(err.contains("El archivo " + server.url("nada.zip") + " no existe.\n"),
+                 qPrintable(err));
+        QVERIFY(
+            err.contains("Escriba una dirección correcta (debe empezar por http:// o ftp://)\n"));
+        QVERIFY(err.contains("Finalizada la descarga de " + server.url("a/f5.bin") + "\n"));
+        const QString out = run.outputText();
+        QVERIFY2(out.contains("Iniciada: " + server.url("a/f0.bin")), qPrintable(out));
+        QVERIFY(out.contains("Terminada: " + f.path("download/f0.bin")));
+        QVERIFY(out.contains("Fallida: " + server.url("nada.zip")));
+        // Both lists are written on the way out; only the failed download is left in them.
+        const QByteArray active = f.read("activas.dwn");
+        QVERIFY(active.startsWith((server.url("nada.zip") + "\r\n").toUtf8()));
+        QCOMPARE(active.count("http://"), 1);
+        QVERIFY(QFile::exists(f.path("inactivas.dwn")));
     }
-    ScriptedHttpServer server([](const QByteArray &request, int) {
-        return ScriptedHttpServer::file(Content, request, false);
-    });
-    QProcess run;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("HOME", f.dir.path());
-    environment.insert("XDG_CONFIG_HOME", f.path(".config"));
-    environment.remove("XDG_DATA_HOME");
-    run.setProcessEnvironment(environment);
-    QStringList arguments{"--headless", server.url("f.bin")};
-    if (!home.isEmpty())
-        arguments << "--home" << f.path(home);
 
-    run.start(program, arguments);
-    QTRY_VERIFY_WITH_TIMEOUT(run.state() == QProcess::NotRunning, 20000);
+    void stopsOnTermAndResumes()
+    {
+        SettingsFixture f; // no settings file: a first start, with the built-in values
+        bool stall = true;
+        ScriptedHttpServer server([&](const QByteArray &request, int) {
+            HttpReply reply = ScriptedHttpServer::file(Content, request, true);
+            if (stall) {
+                reply.dropAfter = reply.bytes.indexOf("\r\n\r\n") + 4 + 100000;
+                reply.stall = true;
+            }
+            return reply;
+        });
+        const QString path = f.path("download/f.bin");
+        CorvaneProcess first(headless(f.folder(), {server.url("f.bin")}));
+        QTRY_COMPARE_WITH_TIMEOUT(QFileInfo(path).size(), qint64(100000), 20000);
+        first.terminate(); // SIGTERM
+        QCOMPARE(first.waitForExit(10000), 1);
+        QVERIFY(!first.readAllStandardError().contains("configuración"));
+        QVERIFY(
+            f.read("corvane.ini").startsWith(QByteArray(f.path("download/").toUtf8() + "\r\n")));
+        QCOMPARE(f.read("download/f.bin"), Content.left(100000));
+        QVERIFY(f.read("activas.dwn").startsWith(server.url("f.bin").toUtf8()));
+        QVERIFY(f.read("historial.rtf").contains("Cerrado a las"));
 
-    QCOMPARE(run.exitCode(), 0);
-    QCOMPARE(f.read(landsIn + "f.bin"), Content);
-    const QByteArray settings = f.read(folder + "/corvane.ini");
-    QCOMPARE(settings.left(settings.indexOf("\r\n")),
-             folderLine.isEmpty() ? QByteArray() : f.path(folderLine).toUtf8());
-}
+        // The next run, with no address given, picks the saved download up where it stopped.
+        stall = false;
+        CorvaneProcess second(headless(f.folder(), {}));
+        QCOMPARE(second.waitForExit(20000), 0);
+        QCOMPARE(ScriptedHttpServer::rangeStart(server.requests().value(1)), 100000);
+        QCOMPARE(f.read("download/f.bin"), Content);
+    }
 
-void TestHeadless::usage_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("printed"); // how what it prints begins
-    QTest::newRow("help") << QStringList{"--help"} << 0 << "Uso: corvane";
-    QTest::newRow("unknown option") << QStringList{"--headless", "--rápido"} << 2
-                                    << "Opción desconocida: --rápido\n\nUso: corvane";
-    QTest::newRow("home without folder") << QStringList{"--headless", "--home"} << 2
-                                         << "Falta la carpeta después de --home\n\nUso: corvane";
-}
+    // The program as installed, on a first start in a home whose desktop names its downloads folder
+    // as xdg-user-dirs writes it: the file lands there, and line 1 of the settings, in the hidden
+    // per-user folder, names it. Where the other cases lead is in tst_startup's table of folders.
+    void installed()
+    {
+        const QString program = installedProgram();
+        QVERIFY2(!program.isEmpty(), "cmake --install failed");
+        SettingsFixture f(".local/share/corvane");
+        QVERIFY(QDir().mkpath(f.path(".config")));
+        f.write(".config/user-dirs.dirs", "XDG_DOWNLOAD_DIR=\"$HOME/Descargas\"\n");
+        ScriptedHttpServer server([](const QByteArray &request, int) {
+            return ScriptedHttpServer::file(Content, request, false);
+        });
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("HOME", f.dir.path());
+        environment.insert("XDG_CONFIG_HOME", f.path(".config"));
+        environment.remove("XDG_DATA_HOME");
 
-void TestHeadless::usage()
-{
-    QFETCH(QStringList, arguments);
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(Program, arguments);
-    QVERIFY(process.waitForFinished());
-    QTEST(process.exitCode(), "status");
-    const QString output = QString::fromUtf8(process.readAll());
-    QFETCH(QString, printed);
-    QVERIFY2(output.startsWith(printed), qPrintable(output));
-}
+        CorvaneProcess run;
+        run.launch({"--headless", server.url("f.bin")}, environment, QProcess::SeparateChannels,
+                   program);
+
+        QCOMPARE(run.waitForExit(20000), 0);
+        QCOMPARE(f.read("Descargas/f.bin"), Content);
+        QVERIFY(f.read(".local/share/corvane/corvane.ini")
+                    .startsWith(QByteArray(f.path("Descargas/").toUtf8() + "\r\n")));
+    }
+
+    void usage_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("printed"); // how what it prints begins
+        QTest::newRow("help") << QStringList{"--help"} << 0 << "Uso: corvane";
+        QTest::newRow("unknown option") << QStringList{"--headless", "--rápido"} << 2
+                                        << "Opción desconocida: --rápido\n\nUso: corvane";
+        QTest::newRow("home without folder")
+            << QStringList{"--headless", "--home"} << 2
+            << "Falta la carpeta después de --home\n\nUso: corvane";
+    }
+
+    void usage()
+    {
+        QFETCH(QStringList, arguments);
+        CorvaneProcess process(arguments, QProcessEnvironment::systemEnvironment(),
+                               QProcess::MergedChannels);
+        QTEST(process.waitForExit(30000), "status");
+        const QString output = QString::fromUtf8(process.readAll());
+        QFETCH(QString, printed);
+        QVERIFY2(output.startsWith(printed), qPrintable(output));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestHeadless)
 #include "tst_headless.moc"

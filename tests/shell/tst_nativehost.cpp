@@ -1,3 +1,4 @@
+#include "corvaneprocess.h"
 #include "nativehost.h"
 #include "scriptedhttpserver.h"
 #include "settingsfixture.h"
@@ -6,14 +7,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLockFile>
-#include <QProcess>
 #include <QTest>
 #include <QtEndian>
 #include <csignal>
 
 namespace {
-
-const QString Program = qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane";
 
 QByteArray framed(const QByteArray &bytes)
 {
@@ -26,13 +24,10 @@ QByteArray framed(const QByteArray &bytes)
 // `input`; each answer as "ok" (and the endings it lists) or its error.
 QStringList answersTo(const QString &home, const QByteArray &input, const QProcessEnvironment &env)
 {
-    QProcess host;
-    host.setProcessEnvironment(env);
-    host.start(Program, {"--home", home, "--native-host", "chrome-extension://x/"});
+    CorvaneProcess host({"--home", home, "--native-host", "chrome-extension://x/"}, env);
     host.write(input);
     host.closeWriteChannel();
-    if (!host.waitForFinished(60000))
-        host.kill();
+    host.waitForExit(60000);
     QStringList answers;
     for (QByteArray out = host.readAllStandardOutput(); out.size() >= 4;) {
         const quint32 length = qFromUnaligned<quint32>(out.constData());

@@ -72,314 +72,297 @@ class TestStartup : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void viewSwitches_data();
-    void viewSwitches();
-    void quickAddBar();
-    void downloadCount();
-    void arrangedWindows_data();
-    void arrangedWindows();
-    void viewFileFailures_data();
-    void viewFileFailures();
-    void trayMenu();
-    void recentDownloads();
-    void folders_data();
-    void folders();
-};
-
-void TestStartup::viewSwitches_data()
-{
-    QTest::addColumn<QByteArray>("file"); // "none": no file at all
-    QTest::addColumn<QList<bool>>("on");  // the browser off: its engine is not for here
-    const bool T = true, F = false;
-    QTest::newRow("first start: the bars and both lists")
-        << QByteArray("none") << QList<bool>{F, F, T, T, F, T, T};
-    QTest::newRow("empty file: nothing shown") << QByteArray() << QList<bool>(7, F);
-    QTest::newRow("short file: the rest off, an odd byte ignored")
-        << words({0, -1, -1}) + '\xff' << QList<bool>{F, T, T, F, F, F, F};
-    QTest::newRow("full file") << words({0, -1, 0, -1, -1, 0, -1})
-                               << QList<bool>{F, T, F, T, T, F, T};
-    QTest::newRow("any non-zero is on, extra bytes ignored")
-        << words({0, 1, 256, 0, 0, 0, 0, -1}) << QList<bool>{F, T, T, F, F, F, F};
-}
-
-void TestStartup::viewSwitches()
-{
-    QFETCH(QByteArray, file);
-    QFETCH(QList<bool>, on);
-    Started f;
-    if (file != "none")
-        f.write("view.win", file);
-
-    f.start();
-
-    // The windows follow the file, and the menu's checks follow the windows both ways.
-    QCOMPARE(f.shown(), on);
-    QCOMPARE(f.checks(), on);
-    f.main->actions()["viewestadisticas"]->trigger();
-    QCOMPARE(f.main->child(ViewSwitches::viewestadisticas)->isHidden(), on[4]);
-    f.main->child(ViewSwitches::viewhist)->close();
-    QVERIFY(!f.main->actions()["viewhist"]->isChecked());
-    QCOMPARE(f.desktop.callsOf("messageBox"), QStringList());
-
-    // Leaving writes the switches as they stand, 0 or -1 each, an empty quick-add list too.
-    f.main->close();
-    on[4] = !on[4];
-    on[1] = false;
-    QList<int> values;
-    for (bool value : on)
-        values << (value ? -1 : 0);
-    QCOMPARE(f.read("view.win"), words(values));
-    QVERIFY(QFile::exists(f.path("quick.lst")));
-    QCOMPARE(f.read("quick.lst"), QByteArray());
-    QVERIFY(f.read("historial.rtf").contains("Cerrado a las "));
-}
-
-void TestStartup::quickAddBar()
-{
-    Started f;
-    f.write("quick.lst", "http://127.0.0.1:9/viejo.zip\r\n\r\nftp://b/2\nhttp://c/3");
-    f.start();
-    QComboBox *quickadd = f.main->quickadd();
-    QCOMPARE(quickadd->count(), 4);
-
-    // Enter adds what the box holds and empties it; this run's addresses go first in the list,
-    // in the order added, and one already there is not listed again.
-    for (const char *url : {"http://127.0.0.1:9/nuevo.zip", "http://127.0.0.1:9/otro.zip",
-                            "http://127.0.0.1:9/viejo.zip"}) {
-        QTest::keyClicks(quickadd->lineEdit(), url);
-        QTest::keyClick(quickadd->lineEdit(), Qt::Key_Return);
-        QCOMPARE(quickadd->currentText(), QString());
+    void viewSwitches_data()
+    {
+        QTest::addColumn<QByteArray>("file"); // "none": no file at all
+        QTest::addColumn<QList<bool>>("on");  // the browser off: its engine is not for here
+        const bool T = true, F = false;
+        QTest::newRow("first start: the bars and both lists")
+            << QByteArray("none") << QList<bool>{F, F, T, T, F, T, T};
+        QTest::newRow("empty file: nothing shown") << QByteArray() << QList<bool>(7, F);
+        QTest::newRow("short file: the rest off, an odd byte ignored")
+            << words({0, -1, -1}) + '\xff' << QList<bool>{F, T, T, F, F, F, F};
+        QTest::newRow("full file")
+            << words({0, -1, 0, -1, -1, 0, -1}) << QList<bool>{F, T, F, T, T, F, T};
+        QTest::newRow("any non-zero is on, extra bytes ignored")
+            << words({0, 1, 256, 0, 0, 0, 0, -1}) << QList<bool>{F, T, T, F, F, F, F};
     }
-    QCOMPARE(quickadd->itemText(0), QStringLiteral("http://127.0.0.1:9/nuevo.zip"));
-    QCOMPARE(QString(f.read("activas.dwn")).count("http://127.0.0.1:9/"), 3);
 
-    // A refused address stays in the box and is not listed.
-    QTest::keyClicks(quickadd->lineEdit(), "HTTP://127.0.0.1:9/x");
-    QTest::mouseClick(f.main->addquick(), Qt::LeftButton);
-    QCOMPARE(quickadd->currentText(), QStringLiteral("HTTP://127.0.0.1:9/x"));
-    QCOMPARE(quickadd->count(), 6);
-    QCOMPARE(f.desktop.callsOf("messageBox").size(), 1);
+    void viewSwitches()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(QList<bool>, on);
+        Started f;
+        if (file != "none")
+            f.write("view.win", file);
 
-    f.main->close();
-    QCOMPARE(f.read("quick.lst"),
-             QByteArray("http://127.0.0.1:9/nuevo.zip\r\nhttp://127.0.0.1:9/otro.zip\r\n"
-                        "http://127.0.0.1:9/viejo.zip\r\n\r\nftp://b/2\r\nhttp://c/3\r\n"));
-}
+        f.start();
 
-void TestStartup::downloadCount()
-{
-    // setup: a server that sends "hecho" whole and keeps "lento" waiting half way
-    Started f;
-    f.start();
-    ScriptedHttpServer server([](const QByteArray &request, int) {
-        HttpReply reply = ScriptedHttpServer::file("contenido", request, true);
-        if (!request.startsWith("GET /hecho")) {
-            reply.bytes.chop(4);
-            reply.stall = true;
-        }
-        return reply;
-    });
-    const QLabel *descargas = f.main->findChild<QLabel *>("descargas");
-    const auto add = [&](const QString &name) {
-        QTest::keyClicks(f.main->quickadd()->lineEdit(), server.url(name));
-        QTest::keyClick(f.main->quickadd()->lineEdit(), Qt::Key_Return);
-    };
-    QCOMPARE(descargas->text(), QStringLiteral("0/0"));
+        // The windows follow the file, and the menu's checks follow the windows both ways.
+        QCOMPARE(f.shown(), on);
+        QCOMPARE(f.checks(), on);
+        f.main->actions()["viewestadisticas"]->trigger();
+        QCOMPARE(f.main->child(ViewSwitches::viewestadisticas)->isHidden(), on[4]);
+        f.main->child(ViewSwitches::viewhist)->close();
+        QVERIFY(!f.main->actions()["viewhist"]->isChecked());
+        QCOMPARE(f.desktop.callsOf("messageBox"), QStringList());
 
-    // action and verify: running downloads / all downloads, after every change
-    add("lento");
-    QCOMPARE(descargas->text(), QStringLiteral("1/1"));
-    add("hecho");
-    QTRY_COMPARE(descargas->text(), QStringLiteral("1/2")); // finished, still listed
-    f.desktop.yesNoAnswers = {true};
-    f.main->actions()["pauseall"]->trigger();
-    QCOMPARE(descargas->text(), QStringLiteral("0/2"));
-    f.main->actions()["contall"]->trigger();
-    QTRY_COMPARE(descargas->text(), QStringLiteral("1/2"));
-    f.main->close();
-}
-
-void TestStartup::arrangedWindows_data()
-{
-    // The main window as it opens on screens of 1280 x 800, 1366 x 768 and 1920 x 1080 (also at
-    // a scale of 1.5, 1280 x 720), and maximised on them; then too small for all.
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<bool>("fits");
-    QTest::newRow("opened") << QSize(980, 660) << true;
-    QTest::newRow("1280 x 800") << QSize(1280, 770) << true;
-    QTest::newRow("1366 x 768") << QSize(1366, 738) << true;
-    QTest::newRow("1280 x 720") << QSize(1280, 690) << true;
-    QTest::newRow("1920 x 1080") << QSize(1920, 1050) << true;
-    QTest::newRow("too small") << QSize(640, 480) << false;
-}
-
-void TestStartup::arrangedWindows()
-{
-    // setup: the four windows of the lists, the history and the graph
-    QFETCH(QSize, size);
-    QFETCH(bool, fits);
-    Started f;
-    f.write("view.win", words({0, -1, -1, -1, -1, -1, -1}));
-    f.start();
-    f.main->resize(size);
-    QTRY_COMPARE(f.main->size(), size);
-
-    // action: arranged, as at the start and from the Ventana menu
-    for (const char *how : {"", "mhorz", "mvert"}) {
-        if (*how)
-            f.main->actions()[how]->trigger();
-        else
-            f.main->arrange();
-        QApplication::processEvents();
-        const QMdiArea *mdi = f.main->mdi();
-
-        // verify: no sideways scrolling, no window over another, each inside the area and the
-        // lists with the room their contents need; when that is not there, the area scrolls down
-        QVERIFY2(!mdi->horizontalScrollBar()->isVisible(), how);
-        QCOMPARE(mdi->verticalScrollBar()->isVisible(), !fits);
-        QList<QRect> places;
-        for (const QMdiSubWindow *sub : mdi->subWindowList()) {
-            if (sub->isVisible())
-                places << sub->geometry();
-        }
-        for (const QRect &place : places) {
-            QVERIFY2(!fits || mdi->viewport()->rect().contains(place), how);
-            QCOMPARE(std::count_if(places.begin(), places.end(),
-                                   [&](const QRect &other) { return other.intersects(place); }),
-                     1);
-        }
-        for (const auto list : {ViewSwitches::viewactivas, ViewSwitches::viewinactivas}) {
-            const QMdiSubWindow *sub = f.main->child(list);
-            QVERIFY2(sub->width() >= sub->minimumSizeHint().width(), how);
-            QVERIFY2(sub->height() >= sub->layout()->totalMinimumHeightForWidth(sub->width()), how);
-        }
+        // Leaving writes the switches as they stand, 0 or -1 each, an empty quick-add list too.
+        f.main->close();
+        on[4] = !on[4];
+        on[1] = false;
+        QList<int> values;
+        for (bool value : on)
+            values << (value ? -1 : 0);
+        QCOMPARE(f.read("view.win"), words(values));
+        QVERIFY(QFile::exists(f.path("quick.lst")));
+        QCOMPARE(f.read("quick.lst"), QByteArray());
+        QVERIFY(f.read("historial.rtf").contains("Cerrado a las "));
     }
-    f.main->close();
-}
 
-void TestStartup::viewFileFailures_data()
-{
-    QTest::addColumn<bool>("atStart");
-    QTest::newRow("unreadable at the start") << true;
-    QTest::newRow("unwritable at the end") << false;
-}
+    void quickAddBar()
+    {
+        Started f;
+        f.write("quick.lst", "http://127.0.0.1:9/viejo.zip\r\n\r\nftp://b/2\nhttp://c/3");
+        f.start();
+        QComboBox *quickadd = f.main->quickadd();
+        QCOMPARE(quickadd->count(), 4);
 
-void TestStartup::viewFileFailures()
-{
-    // A "view.win" that cannot be read stops the start-up there: "quick.lst" is not read, so it
-    // is not replaced on the way out either. One that cannot be written at the end does not keep
-    // the quick-add list from being saved.
-    QFETCH(bool, atStart);
-    Started f;
-    if (atStart)
-        QVERIFY(QDir(f.dir.path()).mkdir("view.win"));
-    f.write("quick.lst", "http://a/1\r\n");
-    f.start();
-    QCOMPARE(f.main->quickadd()->count(), atStart ? 0 : 1);
-    if (!atStart) {
-        QFile::remove(f.path("view.win"));
-        QVERIFY(QDir(f.dir.path()).mkdir("view.win"));
-        QTest::keyClicks(f.main->quickadd()->lineEdit(), "http://127.0.0.1:9/b");
-        QTest::keyClick(f.main->quickadd()->lineEdit(), Qt::Key_Return);
+        // Enter adds what the box holds and empties it; this run's addresses go first in the list,
+        // in the order added, and one already there is not listed again.
+        for (const char *url : {"http://127.0.0.1:9/nuevo.zip", "http://127.0.0.1:9/otro.zip",
+                                "http://127.0.0.1:9/viejo.zip"}) {
+            QTest::keyClicks(quickadd->lineEdit(), url);
+            QTest::keyClick(quickadd->lineEdit(), Qt::Key_Return);
+            QCOMPARE(quickadd->currentText(), QString());
+        }
+        QCOMPARE(quickadd->itemText(0), QStringLiteral("http://127.0.0.1:9/nuevo.zip"));
+        QCOMPARE(QString(f.read("activas.dwn")).count("http://127.0.0.1:9/"), 3);
+
+        // A refused address stays in the box and is not listed.
+        QTest::keyClicks(quickadd->lineEdit(), "HTTP://127.0.0.1:9/x");
+        QTest::mouseClick(f.main->addquick(), Qt::LeftButton);
+        QCOMPARE(quickadd->currentText(), QStringLiteral("HTTP://127.0.0.1:9/x"));
+        QCOMPARE(quickadd->count(), 6);
+        QCOMPARE(f.desktop.callsOf("messageBox").size(), 1);
+
+        f.main->close();
+        QCOMPARE(f.read("quick.lst"),
+                 QByteArray("http://127.0.0.1:9/nuevo.zip\r\nhttp://127.0.0.1:9/otro.zip\r\n"
+                            "http://127.0.0.1:9/viejo.zip\r\n\r\nftp://b/2\r\nhttp://c/3\r\n"));
     }
-    f.main->close();
-    const QStringList boxes = f.desktop.callsOf("messageBox");
-    QCOMPARE(boxes.size(), atStart ? 2 : 1);
-    if (atStart)
-        QVERIFY2(boxes.first().startsWith("Critical|Error al iniciar Corvane:\n"),
-                 qPrintable(boxes.first()));
-    QVERIFY(boxes.last().startsWith("Critical|"));
-    QCOMPARE(f.read("quick.lst"), atStart ? QByteArray("http://a/1\r\n")
+
+    void downloadCount()
+    {
+        // setup: a server that sends "hecho" whole and keeps "lento" waiting half way
+        Started f;
+        f.start();
+        ScriptedHttpServer server([](const QByteArray &request, int) {
+            HttpReply reply = ScriptedHttpServer::file("contenido", request, true);
+            if (!request.startsWith("GET /hecho")) {
+                reply.bytes.chop(4);
+                reply.stall = true;
+            }
+            return reply;
+        });
+        const QLabel *descargas = f.main->findChild<QLabel *>("descargas");
+        const auto add = [&](const QString &name) {
+            QTest::keyClicks(f.main->quickadd()->lineEdit(), server.url(name));
+            QTest::keyClick(f.main->quickadd()->lineEdit(), Qt::Key_Return);
+        };
+        QCOMPARE(descargas->text(), QStringLiteral("0/0"));
+
+        // action and verify: running downloads / all downloads, after every change
+        add("lento");
+        QCOMPARE(descargas->text(), QStringLiteral("1/1"));
+        add("hecho");
+        QTRY_COMPARE(descargas->text(), QStringLiteral("1/2")); // finished, still listed
+        f.desktop.yesNoAnswers = {true};
+        f.main->actions()["pauseall"]->trigger();
+        QCOMPARE(descargas->text(), QStringLiteral("0/2"));
+        f.main->actions()["contall"]->trigger();
+        QTRY_COMPARE(descargas->text(), QStringLiteral("1/2"));
+        f.main->close();
+    }
+
+    void arrangedWindows_data()
+    {
+        // The main window as it opens on screens of 1280 x 800, 1366 x 768 and 1920 x 1080 (also at
+        // a scale of 1.5, 1280 x 720), and maximised on them; then too small for all.
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<bool>("fits");
+        QTest::newRow("opened") << QSize(980, 660) << true;
+        QTest::newRow("1280 x 800") << QSize(1280, 770) << true;
+        QTest::newRow("1366 x 768") << QSize(1366, 738) << true;
+        QTest::newRow("1280 x 720") << QSize(1280, 690) << true;
+        QTest::newRow("1920 x 1080") << QSize(1920, 1050) << true;
+        QTest::newRow("too small") << QSize(640, 480) << false;
+    }
+
+    void arrangedWindows()
+    {
+        // setup: the four windows of the lists, the history and the graph
+        QFETCH(QSize, size);
+        QFETCH(bool, fits);
+        Started f;
+        f.write("view.win", words({0, -1, -1, -1, -1, -1, -1}));
+        f.start();
+        f.main->resize(size);
+        QTRY_COMPARE(f.main->size(), size);
+
+        // action: arranged, as at the start and from the Ventana menu
+        for (const char *how : {"", "mhorz", "mvert"}) {
+            if (*how)
+                f.main->actions()[how]->trigger();
+            else
+                f.main->arrange();
+            QApplication::processEvents();
+            const QMdiArea *mdi = f.main->mdi();
+
+            // verify: no sideways scrolling, no window over another, each inside the area and the
+            // lists with the room their contents need; when that is not there, the area scrolls
+            // down
+            QVERIFY2(!mdi->horizontalScrollBar()->isVisible(), how);
+            QCOMPARE(mdi->verticalScrollBar()->isVisible(), !fits);
+            QList<QRect> places;
+            for (const QMdiSubWindow *sub : mdi->subWindowList()) {
+                if (sub->isVisible())
+                    places << sub->geometry();
+            }
+            for (const QRect &place : places) {
+                QVERIFY2(!fits || mdi->viewport()->rect().contains(place), how);
+                QCOMPARE(std::count_if(places.begin(), places.end(),
+                                       [&](const QRect &other) { return other.intersects(place); }),
+                         1);
+            }
+            for (const auto list : {ViewSwitches::viewactivas, ViewSwitches::viewinactivas}) {
+                const QMdiSubWindow *sub = f.main->child(list);
+                QVERIFY2(sub->width() >= sub->minimumSizeHint().width(), how);
+                QVERIFY2(sub->height() >= sub->layout()->totalMinimumHeightForWidth(sub->width()),
+                         how);
+            }
+        }
+        f.main->close();
+    }
+
+    void viewFileFailures_data()
+    {
+        QTest::addColumn<bool>("atStart");
+        QTest::newRow("unreadable at the start") << true;
+        QTest::newRow("unwritable at the end") << false;
+    }
+
+    void viewFileFailures()
+    {
+        // A "view.win" that cannot be read stops the start-up there: "quick.lst" is not read, so it
+        // is not replaced on the way out either. One that cannot be written at the end does not
+        // keep the quick-add list from being saved.
+        QFETCH(bool, atStart);
+        Started f;
+        if (atStart)
+            QVERIFY(QDir(f.dir.path()).mkdir("view.win"));
+        f.write("quick.lst", "http://a/1\r\n");
+        f.start();
+        QCOMPARE(f.main->quickadd()->count(), atStart ? 0 : 1);
+        if (!atStart) {
+            QFile::remove(f.path("view.win"));
+            QVERIFY(QDir(f.dir.path()).mkdir("view.win"));
+            QTest::keyClicks(f.main->quickadd()->lineEdit(), "http://127.0.0.1:9/b");
+            QTest::keyClick(f.main->quickadd()->lineEdit(), Qt::Key_Return);
+        }
+        f.main->close();
+        const QStringList boxes = f.desktop.callsOf("messageBox");
+        QCOMPARE(boxes.size(), atStart ? 2 : 1);
+        if (atStart)
+            QVERIFY2(boxes.first().startsWith("Critical|Error al iniciar Corvane:\n"),
+                     qPrintable(boxes.first()));
+        QVERIFY(boxes.last().startsWith("Critical|"));
+        QCOMPARE(f.read("quick.lst"), atStart
+                                          ? QByteArray("http://a/1\r\n")
                                           : QByteArray("http://127.0.0.1:9/b\r\nhttp://a/1\r\n"));
-}
-
-void TestStartup::trayMenu()
-{
-    // The tray's menu has its own items in its own order; the Archivo menu keeps its captions.
-    Started f;
-    f.dataDir = "/datos";
-    f.start();
-    QMenu *systr = nullptr;
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (widget->objectName() == "systr")
-            systr = qobject_cast<QMenu *>(widget);
     }
-    QVERIFY(systr);
-    QStringList items;
-    for (const QAction *item : systr->actions()) {
-        const QString name = item->menu() ? item->menu()->objectName() : item->objectName();
-        items << (item->isSeparator() ? QString("-") : name + " " + item->text());
+
+    // Help, from the tray's menu, is a file shipped with the program, not one of the user's
+    // folder.
+    void help()
+    {
+        Started f;
+        f.dataDir = "/datos";
+        f.start();
+        QMenu *systr = nullptr;
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            if (widget->objectName() == "systr")
+                systr = qobject_cast<QMenu *>(widget);
+        }
+        QVERIFY(systr);
+        systr->findChild<QAction *>("ayuda")->trigger();
+        QCOMPARE(f.desktop.callsOf("openFile"), QStringList{"/datos/help.html"});
+        f.main->close();
     }
-    QCOMPARE(items, (QStringList{"mostrar &Mostrar", "-", "lasdesc &Ultimos archivos descargados",
-                                 "-", "ayuda &Ayuda", "acercade A&cerca de", "-",
-                                 "shutdown A&pagar equipo al finalizar", "salir &Salir"}));
-    QCOMPARE(f.main->actions().ultimas()->title(), QStringLiteral("Últi&mas descargas"));
-    // Help is a file shipped with the program, not one of the user's folder.
-    systr->findChild<QAction *>("ayuda")->trigger();
-    QCOMPARE(f.desktop.callsOf("openFile"), QStringList{"/datos/help.html"});
-    f.main->close();
-}
 
-void TestStartup::recentDownloads()
-{
-    // The `ultimas` menu: the last seven finished downloads, newest first, each once.
-    RecentDownloads recent;
-    for (int i = 1; i <= 9; ++i)
-        recent.add(QString("/d/%1").arg(i));
-    recent.add("/d/5");
-    QCOMPARE(recent.paths(), (QStringList{"/d/5", "/d/9", "/d/8", "/d/7", "/d/6", "/d/4", "/d/3"}));
-}
+    void recentDownloads()
+    {
+        // The `ultimas` menu: the last seven finished downloads, newest first, each once.
+        RecentDownloads recent;
+        for (int i = 1; i <= 9; ++i)
+            recent.add(QString("/d/%1").arg(i));
+        recent.add("/d/5");
+        QCOMPARE(recent.paths(),
+                 (QStringList{"/d/5", "/d/9", "/d/8", "/d/7", "/d/6", "/d/4", "/d/3"}));
+    }
 
-void TestStartup::folders_data()
-{
-    QTest::addColumn<bool>("installed");
-    QTest::addColumn<bool>("writable");
-    QTest::addColumn<QString>("home");
-    // The program folder, where msg/ is read, and where downloads go while the settings name no
-    // folder: never in the hidden per-user folder.
-    QTest::addColumn<QStringList>("chosen");
-    QTest::newRow("build folder") << false << true << ""
-                                  << QStringList{"exe", "exe", "exe/download"};
-    QTest::newRow("build folder, --home")
-        << false << true << "home" << QStringList{"home", "exe", "home/download"};
-    QTest::newRow("folder not writable")
-        << false << false << "" << QStringList{"user", "exe", "downloads"};
-    QTest::newRow("installed") << true << true << "" << QStringList{"user", "share", "downloads"};
-    QTest::newRow("installed, --home")
-        << true << false << "home" << QStringList{"home", "share", "home/download"};
-}
+    void folders_data()
+    {
+        QTest::addColumn<bool>("installed");
+        QTest::addColumn<bool>("writable");
+        QTest::addColumn<QString>("home");
+        // The program folder, where msg/ is read, and where downloads go while the settings name no
+        // folder: never in the hidden per-user folder.
+        QTest::addColumn<QStringList>("chosen");
+        QTest::newRow("build folder")
+            << false << true << "" << QStringList{"exe", "exe", "exe/download"};
+        QTest::newRow("build folder, --home")
+            << false << true << "home" << QStringList{"home", "exe", "home/download"};
+        QTest::newRow("folder not writable")
+            << false << false << "" << QStringList{"user", "exe", "downloads"};
+        QTest::newRow("installed")
+            << true << true << "" << QStringList{"user", "share", "downloads"};
+        QTest::newRow("installed, --home")
+            << true << false << "home" << QStringList{"home", "share", "home/download"};
+    }
 
-void TestStartup::folders()
-{
-    QFETCH(bool, installed);
-    QFETCH(bool, writable);
-    QFETCH(QString, home);
-    QFETCH(QStringList, chosen);
-    QTemporaryDir root;
-    const QString exe = root.filePath("bin");
-    QVERIFY(QDir().mkpath(exe));
-    if (installed)
-        QVERIFY(QDir().mkpath(root.filePath("share/corvane/msg")));
-    const QHash<QString, QString> places{{"exe", exe},
-                                         {"user", root.filePath("user")},
-                                         {"home", root.filePath("home")},
-                                         {"share", root.filePath("share/corvane")},
-                                         {"downloads", root.filePath("Descargas")}};
-    const auto all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
-    QFile::setPermissions(exe, writable ? all : QFile::ReadOwner | QFile::ExeOwner);
-    CommandLine command;
-    command.home = places.value(home);
-    const ProgramFolder folder =
-        programFolderFor(command, exe, {places["user"], places["downloads"] + "/"});
-    QFile::setPermissions(exe, all);
-    // Root writes anywhere: the unwritable case can only be seen by another user.
-    if (!writable && !installed && QFileInfo(exe).isWritable())
-        QSKIP("running as root");
-    QCOMPARE(folder.dir(), places[chosen[0]]);
-    QCOMPARE(folder.dataFile("msg"), places[chosen[1]] + "/msg");
-    const QString place = chosen[2].section('/', 0, 0);
-    QCOMPARE(folder.downloadDir(), places[place] + chosen[2].mid(place.size()));
-}
+    void folders()
+    {
+        QFETCH(bool, installed);
+        QFETCH(bool, writable);
+        QFETCH(QString, home);
+        QFETCH(QStringList, chosen);
+        QTemporaryDir root;
+        const QString exe = root.filePath("bin");
+        QVERIFY(QDir().mkpath(exe));
+        if (installed)
+            QVERIFY(QDir().mkpath(root.filePath("share/corvane/msg")));
+        const QHash<QString, QString> places{{"exe", exe},
+                                             {"user", root.filePath("user")},
+                                             {"home", root.filePath("home")},
+                                             {"share", root.filePath("share/corvane")},
+                                             {"downloads", root.filePath("Descargas")}};
+        const auto all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+        QFile::setPermissions(exe, writable ? all : QFile::ReadOwner | QFile::ExeOwner);
+        CommandLine command;
+        command.home = places.value(home);
+        const ProgramFolder folder =
+            programFolderFor(command, exe, {places["user"], places["downloads"] + "/"});
+        QFile::setPermissions(exe, all);
+        // Root writes anywhere: the unwritable case can only be seen by another user.
+        if (!writable && !installed && QFileInfo(exe).isWritable())
+            QSKIP("running as root");
+        QCOMPARE(folder.dir(), places[chosen[0]]);
+        QCOMPARE(folder.dataFile("msg"), places[chosen[1]] + "/msg");
+        const QString place = chosen[2].section('/', 0, 0);
+        QCOMPARE(folder.downloadDir(), places[place] + chosen[2].mid(place.size()));
+    }
+};
 
 QTEST_MAIN(TestStartup)
 #include "tst_startup.moc"

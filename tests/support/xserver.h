@@ -21,9 +21,10 @@ public:
     bool start()
     {
         // -displayfd: the server picks a free display and writes its number once it takes
-        // clients.
-        m_server.start("Xvfb",
-                       {"-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten", "tcp"});
+        // clients. -noreset: otherwise the server starts over whenever its last client leaves,
+        // and drops a client that connects meanwhile.
+        m_server.start("Xvfb", {"-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten",
+                                "tcp", "-noreset"});
         if (!m_server.waitForStarted(5000)) {
             m_error = "Xvfb: " + m_server.errorString();
             return false;

@@ -148,173 +148,161 @@ class TestBrowser : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void pageBoxes_data();
-    void pageBoxes();
-    void homePage_data();
-    void homePage();
-    void startPage();
-    void windowOpened();
-    void links_data();
-    void links();
-};
-
-void TestBrowser::pageBoxes_data()
-{
-    QTest::addColumn<QStringList>("navigations");
-    QTest::addColumn<bool>("shown");
-    QTest::newRow("window opened") << QStringList() << false;
-    QTest::newRow("after a mail link") << QStringList{"mailto:a@example.com"} << true;
-    QTest::newRow("after a download link")
-        << QStringList{"mailto:a@example.com", "zelq:http://127.0.0.1/a.zip"} << false;
-    QTest::newRow("mail link, then a page")
-        << QStringList{"mailto:a@example.com", "http://127.0.0.1/"} << false;
-}
-
-void TestBrowser::pageBoxes()
-{
-    QFETCH(QStringList, navigations);
-    QFETCH(bool, shown);
-    BrowserFixture f;
-    WebNavigation navigation(f.añadir, f.notifier, f.desktop);
-    for (const QString &url : navigations)
-        navigation.beforeNavigate(url);
-    f.desktop.calls.clear();
-    f.desktop.yesNoAnswers = {true, true};
-    f.desktop.inputAnswers = {QString("Luis")};
-
-    navigation.alert("Hola");
-    QCOMPARE(navigation.confirm("¿Seguro?"), shown);
-    QCOMPARE(navigation.prompt("Nombre", "Ana"),
-             shown ? std::optional<QString>("Luis") : std::nullopt);
-    QCOMPARE(navigation.acceptCertificate("127.0.0.1", "ERR_CERT_DATE_INVALID"), shown);
-    const QStringList calls = {
-        "messageBox|Exclamation|Hola|Navegador web", "askYesNo|¿Seguro?",
-        "inputBox|Nombre|Ana|Navegador web",
-        "askYesNo|El certificado de seguridad de 127.0.0.1 no es válido (ERR_CERT_DATE_INVALID). "
-        "¿Desea abrir la página de todos modos?"};
-    QCOMPARE(f.desktop.calls, shown ? calls : QStringList());
-}
-
-void TestBrowser::homePage_data()
-{
-    QTest::addColumn<QByteArray>("variable");
-    QTest::addColumn<QUrl>("page");
-    QTest::newRow("file name") << QByteArray("mi página.html")
-                               << QUrl::fromLocalFile("/opt/corvane/mi página.html");
-    QTest::newRow("absolute path") << QByteArray("/srv/p.html") << QUrl("file:///srv/p.html");
-    QTest::newRow("address") << QByteArray("http://127.0.0.1:8080/p.html?a=1")
-                             << QUrl("http://127.0.0.1:8080/p.html?a=1");
-    QTest::newRow("blank page") << QByteArray("about:blank") << QUrl("about:blank");
-}
-
-void TestBrowser::homePage()
-{
-    QFETCH(QByteArray, variable);
-    qputenv("CORVANE_HOME_PAGE", variable);
-    QTEST(::homePage("/opt/corvane"), "page");
-    qunsetenv("CORVANE_HOME_PAGE");
-}
-
-// The page chosen when building is beside the program, and its "zelq:" examples are addresses
-// the program accepts.
-void TestBrowser::startPage()
-{
-    const QUrl page = ::homePage(qEnvironmentVariable("CORVANE_BIN_DIR"));
-    if (!page.isLocalFile())
-        QSKIP("The home page chosen when building is an address");
-    QFile file(page.toLocalFile());
-    QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(page.toLocalFile()));
-    static const QRegularExpression link(QStringLiteral("href=\"zelq:([^\"]*)\""));
-    int examples = 0;
-    for (const auto &match : link.globalMatch(QString::fromUtf8(file.readAll()))) {
-        ++examples;
-        QVERIFY2(QRegularExpression("^(http|ftp)://[^/]+/.").match(match.captured(1)).hasMatch(),
-                 qPrintable(match.captured(1)));
+    void pageBoxes_data()
+    {
+        QTest::addColumn<QStringList>("navigations");
+        QTest::addColumn<bool>("shown");
+        QTest::newRow("window opened") << QStringList() << false;
+        QTest::newRow("after a mail link") << QStringList{"mailto:a@example.com"} << true;
+        QTest::newRow("after a download link")
+            << QStringList{"mailto:a@example.com", "zelq:http://127.0.0.1/a.zip"} << false;
+        QTest::newRow("mail link, then a page")
+            << QStringList{"mailto:a@example.com", "http://127.0.0.1/"} << false;
     }
-    QVERIFY(examples >= 2);
-}
 
-void TestBrowser::windowOpened()
-{
-    BrowserFixture f;
-    QCoreApplication::processEvents();
-    QCOMPARE(f.window.objectName(), "web");
-    QCOMPARE(f.window.windowTitle(), "Navegador web");
-    QVERIFY(f.window.explorador() == nullptr);
-    QVERIFY(f.server.requests().isEmpty());
+    void pageBoxes()
+    {
+        QFETCH(QStringList, navigations);
+        QFETCH(bool, shown);
+        BrowserFixture f;
+        WebNavigation navigation(f.añadir, f.notifier, f.desktop);
+        for (const QString &url : navigations)
+            navigation.beforeNavigate(url);
+        f.desktop.calls.clear();
+        f.desktop.yesNoAnswers = {true, true};
+        f.desktop.inputAnswers = {QString("Luis")};
 
-    QVERIFY(f.open());
-    QCOMPARE(f.window.explorador()->objectName(), "explorador");
-    QCOMPARE(f.fetched(), QByteArrayList{"/enlaces.html"});
-    QCOMPARE(f.window.explorador()->geometry().bottom() + 1,
-             f.window.findChild<QStatusBar *>("estado")->geometry().top());
+        navigation.alert("Hola");
+        QCOMPARE(navigation.confirm("¿Seguro?"), shown);
+        QCOMPARE(navigation.prompt("Nombre", "Ana"),
+                 shown ? std::optional<QString>("Luis") : std::nullopt);
+        QCOMPARE(navigation.acceptCertificate("127.0.0.1", "ERR_CERT_DATE_INVALID"), shown);
+        const QStringList calls = {"messageBox|Exclamation|Hola|Navegador web", "askYesNo|¿Seguro?",
+                                   "inputBox|Nombre|Ana|Navegador web",
+                                   "askYesNo|El certificado de seguridad de 127.0.0.1 no es válido "
+                                   "(ERR_CERT_DATE_INVALID). "
+                                   "¿Desea abrir la página de todos modos?"};
+        QCOMPARE(f.desktop.calls, shown ? calls : QStringList());
+    }
 
-    // The status bar shows the link under the pointer, and what the page does otherwise.
-    QCOMPARE(f.status(), "Listo");
-    QWidget *surface = f.window.explorador()->focusProxy();
-    QTest::mouseMove(surface, f.pointAt("newwin"));
-    QVERIFY(waitUntil([&] { return f.status() == "newwin:http://127.0.0.1/fuera.html"; }));
-    QTest::mouseMove(surface, QPoint(surface->width() - 5, surface->height() - 5));
-    QVERIFY(waitUntil([&] { return f.status() == "Listo"; }));
+    void homePage_data()
+    {
+        QTest::addColumn<QByteArray>("variable");
+        QTest::addColumn<QUrl>("page");
+        QTest::newRow("file name")
+            << QByteArray("mi página.html") << QUrl::fromLocalFile("/opt/corvane/mi página.html");
+        QTest::newRow("absolute path") << QByteArray("/srv/p.html") << QUrl("file:///srv/p.html");
+        QTest::newRow("address") << QByteArray("http://127.0.0.1:8080/p.html?a=1")
+                                 << QUrl("http://127.0.0.1:8080/p.html?a=1");
+        QTest::newRow("blank page") << QByteArray("about:blank") << QUrl("about:blank");
+    }
 
-    // The web engine lowercases "ZELQ:", yet it is still followed like any other address; the
-    // lower case link still adds, also when a script clicks it.
-    f.evaluate("document.getElementById('upper').click()");
-    QVERIFY(
-        waitUntil([&] { return f.page()->url() == QUrl("zelq:http://127.0.0.1/mayusculas.zip"); }));
-    QVERIFY(f.added.isEmpty());
+    void homePage()
+    {
+        QFETCH(QByteArray, variable);
+        qputenv("CORVANE_HOME_PAGE", variable);
+        QTEST(::homePage("/opt/corvane"), "page");
+        qunsetenv("CORVANE_HOME_PAGE");
+    }
 
-    QSignalSpy loaded(f.page(), &QWebEnginePage::loadFinished);
-    f.page()->triggerAction(QWebEnginePage::Back);
-    QVERIFY(f.waitForPage("/enlaces.html", loaded));
-    f.evaluate("document.getElementById('zelq').click()");
-    QVERIFY(waitUntil([&] { return !f.added.isEmpty(); }));
-    QCOMPARE(f.added, QStringList{"http://127.0.0.1/archivo.zip"});
-    QVERIFY(f.desktop.callsOf("openUrl").isEmpty());
-}
+    // The page chosen when building is beside the program, and its "zelq:" examples are addresses
+    // the program accepts.
+    void startPage()
+    {
+        const QUrl page = ::homePage(qEnvironmentVariable("CORVANE_BIN_DIR"));
+        if (!page.isLocalFile())
+            QSKIP("The home page chosen when building is an address");
+        QFile file(page.toLocalFile());
+        QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(page.toLocalFile()));
+        static const QRegularExpression link(QStringLiteral("href=\"zelq:([^\"]*)\""));
+        int examples = 0;
+        for (const auto &match : link.globalMatch(QString::fromUtf8(file.readAll()))) {
+            ++examples;
+            QVERIFY2(
+                QRegularExpression("^(http|ftp)://[^/]+/.").match(match.captured(1)).hasMatch(),
+                qPrintable(match.captured(1)));
+        }
+        QVERIFY(examples >= 2);
+    }
 
-void TestBrowser::links_data()
-{
-    QTest::addColumn<QString>("link");
-    QTest::addColumn<QStringList>("added");
-    QTest::addColumn<QStringList>("calls");
-    QTest::newRow("zelq:") << "zelq" << QStringList{"http://127.0.0.1/archivo.zip"}
-                           << QStringList{"playSound|%1/msg/ding.wav",
-                                          "showMessageWindow|Se ha añadido "
-                                          "http://127.0.0.1/archivo.zip a la lista.|"
-                                          "%1/msg/download.gif"};
-    QTest::newRow("zelq: the address taken whole")
-        << "whole" << QStringList{"ftp://h/a%20b.zip?x#y"}
-        << QStringList{"playSound|%1/msg/ding.wav",
-                       "showMessageWindow|Se ha añadido ftp://h/a%20b.zip?x#y a la lista.|"
-                       "%1/msg/download.gif"};
-    // `añadir` refuses an empty address with its own message; no notice follows.
-    QTest::newRow("zelq: without an address") << "empty" << QStringList{""} << QStringList();
-    QTest::newRow("target=_blank") << "blank" << QStringList() << QStringList();
-    QTest::newRow("newwin:") << "newwin" << QStringList()
-                             << QStringList{"openUrl|http://127.0.0.1/fuera.html"};
-    QTest::newRow("mailto:") << "mailto" << QStringList()
-                             << QStringList{"openUrl|mailto:ventas@example.com"};
-}
+    void windowOpened()
+    {
+        BrowserFixture f;
+        // The web engine starts only when the window is first shown.
+        QCoreApplication::processEvents();
+        QVERIFY(f.window.explorador() == nullptr);
+        QVERIFY(f.server.requests().isEmpty());
 
-// Clicked, each link leaves the page where it is, opens no window and fetches nothing; a plain
-// link clicked afterwards is followed.
-void TestBrowser::links()
-{
-    QFETCH(QString, link);
-    QFETCH(QStringList, calls);
-    BrowserFixture f;
-    QVERIFY(f.open());
-    const QWidgetList windows = QApplication::topLevelWidgets();
+        QVERIFY(f.open());
+        QCOMPARE(f.fetched(), QByteArrayList{"/enlaces.html"});
 
-    f.click(link);
-    QVERIFY(f.click("page", "/otra.html"));
+        // The status bar shows the link under the pointer, and what the page does otherwise.
+        QCOMPARE(f.status(), "Listo");
+        QWidget *surface = f.window.explorador()->focusProxy();
+        QTest::mouseMove(surface, f.pointAt("newwin"));
+        QVERIFY(waitUntil([&] { return f.status() == "newwin:http://127.0.0.1/fuera.html"; }));
+        QTest::mouseMove(surface, QPoint(surface->width() - 5, surface->height() - 5));
+        QVERIFY(waitUntil([&] { return f.status() == "Listo"; }));
 
-    QTEST(f.added, "added");
-    QCOMPARE(f.desktop.calls.join("\n"), calls.join("\n").replace("%1", f.folder.dir()));
-    QCOMPARE(f.fetched(), (QByteArrayList{"/enlaces.html", "/otra.html"}));
-    QCOMPARE(QApplication::topLevelWidgets(), windows);
-}
+        // The web engine lowercases "ZELQ:", yet it is still followed like any other address; the
+        // lower case link still adds, also when a script clicks it.
+        f.evaluate("document.getElementById('upper').click()");
+        QVERIFY(waitUntil(
+            [&] { return f.page()->url() == QUrl("zelq:http://127.0.0.1/mayusculas.zip"); }));
+        QVERIFY(f.added.isEmpty());
+
+        QSignalSpy loaded(f.page(), &QWebEnginePage::loadFinished);
+        f.page()->triggerAction(QWebEnginePage::Back);
+        QVERIFY(f.waitForPage("/enlaces.html", loaded));
+        f.evaluate("document.getElementById('zelq').click()");
+        QVERIFY(waitUntil([&] { return !f.added.isEmpty(); }));
+        QCOMPARE(f.added, QStringList{"http://127.0.0.1/archivo.zip"});
+        QVERIFY(f.desktop.callsOf("openUrl").isEmpty());
+    }
+
+    void links_data()
+    {
+        QTest::addColumn<QString>("link");
+        QTest::addColumn<QStringList>("added");
+        QTest::addColumn<QStringList>("calls");
+        const auto row = [](const char *name, const char *link, const QStringList &calls,
+                            const QStringList &added = {}) {
+            QTest::newRow(name) << link << added << calls;
+        };
+        const auto adds = [&](const char *name, const char *link, const QString &url) {
+            row(name, link,
+                {"playSound|%1/msg/ding.wav",
+                 "showMessageWindow|Se ha añadido " + url + " a la lista.|%1/msg/download.gif"},
+                {url});
+        };
+        adds("zelq:", "zelq", "http://127.0.0.1/archivo.zip");
+        adds("zelq: the address taken whole", "whole", "ftp://h/a%20b.zip?x#y");
+        // `añadir` refuses an empty address with its own message; no notice follows.
+        row("zelq: without an address", "empty", {}, {""});
+        row("target=_blank", "blank", {});
+        row("newwin:", "newwin", {"openUrl|http://127.0.0.1/fuera.html"});
+        row("mailto:", "mailto", {"openUrl|mailto:ventas@example.com"});
+    }
+
+    // Clicked, each link leaves the page where it is, opens no window and fetches nothing; a plain
+    // link clicked afterwards is followed.
+    void links()
+    {
+        QFETCH(QString, link);
+        QFETCH(QStringList, calls);
+        BrowserFixture f;
+        QVERIFY(f.open());
+        const QWidgetList windows = QApplication::topLevelWidgets();
+
+        f.click(link);
+        QVERIFY(f.click("page", "/otra.html"));
+
+        QTEST(f.added, "added");
+        QCOMPARE(f.desktop.calls.join("\n"), calls.join("\n").replace("%1", f.folder.dir()));
+        QCOMPARE(f.fetched(), (QByteArrayList{"/enlaces.html", "/otra.html"}));
+        QCOMPARE(QApplication::topLevelWidgets(), windows);
+    }
+};
 
 int main(int argc, char *argv[])
 {

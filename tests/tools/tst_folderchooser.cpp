@@ -17,134 +17,121 @@ class TestFolderChooser : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void newfolder_data();
-    void newfolder();
-    void browsing();
-    void closing();
+    // Made in `in` inside a folder holding a/b; a message follows "Error al crear la carpeta: ".
+    void newfolder_data()
+    {
+        QTest::addColumn<QString>("in");
+        QTest::addColumn<std::optional<QString>>("answer");
+        QTest::addColumn<QString>("made");
+        QTest::addColumn<QString>("message");
+        const auto row = [](const char *name, const QString &in, std::optional<QString> answer,
+                            const QString &made, const QString &message = {}) {
+            QTest::newRow(name) << in << answer << made << message;
+        };
+        row("in the chosen folder", "a", "nueva", "a/nueva");
+        row("chosen folder ending in a separator", "a/", "nueva", "a/nueva");
+        row("cancelled", "a", std::nullopt, "");
+        row("empty name", "a", "", "");
+        row("already there", "a", "b", "", "File exists");
+        row("name with a separator", "a", "b/c", "", "el nombre no puede contener «/»");
+        row("chosen folder gone", "gone", "x", "", "No such file or directory");
+    }
+    void newfolder()
+    {
+        QFETCH(QString, in);
+        QFETCH(std::optional<QString>, answer);
+        QFETCH(QString, made);
+        QFETCH(QString, message);
+        QTemporaryDir root;
+        QVERIFY(QDir(root.path()).mkpath("a/b"));
+        FakeDesktop desktop;
+        desktop.inputAnswers = {answer};
+        FolderChooser chooser(desktop, [] { return false; });
+        chooser.setPath(root.filePath(in));
+
+        QCOMPARE(chooser.newfolder(), made.isEmpty() ? QString() : root.filePath(made));
+        QStringList calls{"inputBox|Escriba el nombre de la nueva carpeta||Nueva Carpeta"};
+        if (!message.isEmpty())
+            calls << "messageBox|Critical|Error al crear la carpeta: " + message;
+        QCOMPARE(desktop.calls, calls);
+        QCOMPARE(QDir(root.filePath("a")).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
+                 made.isEmpty() ? QStringList{"b"} : QStringList({"b", "nueva"}));
+    }
+
+    void browsing()
+    {
+        // The home folder first, then the mounted file systems.
+        const QList<FolderChooser::Drive> drives = FolderChooser::drives();
+        QCOMPARE(drives.value(0).root, QDir::homePath());
+        for (const FolderChooser::Drive &drive : drives)
+            QVERIFY2(QFileInfo(drive.root).isDir(), qPrintable(drive.root));
+        QTemporaryDir root;
+        QVERIFY(QDir(root.path()).mkpath("a/b"));
+        FakeDesktop desktop;
+        FolderWindow window(desktop, [] { return false; });
+        window.show();
+        auto *tree = window.findChild<QTreeView *>("dir");
+        auto *drive = window.findChild<QComboBox *>("drive");
+        QCOMPARE(drive->count(), drives.size());
+
+        // The caller's folder is shown; something that is no folder leaves the choice alone.
+        window.goTo(root.filePath("a"));
+        window.goTo(root.filePath("nothing"));
+        QCOMPARE(window.path(), root.filePath("a"));
+        QCOMPARE(window.findChild<QLabel *>("ruta")->text(), root.filePath("a"));
+
+        // A folder picked in the tree is the result.
+        const QModelIndex a = tree->currentIndex();
+        tree->expand(a);
+        QTRY_COMPARE(tree->model()->rowCount(a), 1);
+        tree->setCurrentIndex(tree->model()->index(0, 0, a));
+        QCOMPARE(window.path(), root.filePath("a/b"));
+
+        // Choosing a drive goes to its top; one that cannot be read leaves the choice alone.
+        drive->addItem("nada", "/no/such/drive");
+        Q_EMIT drive->activated(drive->count() - 1);
+        QCOMPARE(window.path(), root.filePath("a/b"));
+        Q_EMIT drive->activated(0);
+        QCOMPARE(window.path(), QDir::homePath());
+    }
+
+    // One window for every choice, through the program's desktop. The close box and Escape are
+    // refused while the program runs; "Aceptar" hides it and the caller reads the path. At the
+    // program's end its close box works, and the choice counts as cancelled.
+    void closing()
+    {
+        QTemporaryDir root;
+        QtDesktop desktop{ProgramFolder(root.path())};
+        bool ending = false;
+        desktop.setGetunload([&] { return ending; });
+        QList<QWidget *> seen;
+        const auto choose = [&](const QString &folder) {
+            QTimer::singleShot(0, [&] {
+                auto *window = qobject_cast<FolderWindow *>(QApplication::activeModalWidget());
+                seen.append(window);
+                if (ending) {
+                    window->close();
+                    return;
+                }
+                QVERIFY(!window->close());
+                QTest::keyClick(window, Qt::Key_Escape);
+                QVERIFY(window->isVisible());
+                window->findChild<QPushButton *>("acept")->click();
+            });
+            return desktop.chooseFolder(folder);
+        };
+
+        QCOMPARE(choose(root.path()), root.path());
+        QCOMPARE(choose(QDir::homePath()), QDir::homePath());
+        ending = true;
+        QCOMPARE(choose(root.path()), QString());
+        QVERIFY(seen[0] && seen[0] == seen[1] && seen[1] == seen[2]);
+        QCOMPARE(seen[0]->windowTitle(), "Seleccionar carpeta");
+        QPointer<QWidget> window = seen[0];
+        desktop.unloadFolder();
+        QVERIFY(window.isNull());
+    }
 };
-
-// Made in `in` inside a folder holding a/b.
-void TestFolderChooser::newfolder_data()
-{
-    QTest::addColumn<QString>("in");
-    QTest::addColumn<std::optional<QString>>("answer");
-    QTest::addColumn<QString>("made");
-    QTest::addColumn<QString>("message");
-    const auto row = [](const char *name, const QString &in, std::optional<QString> answer,
-                        const QString &made, const QString &message = {}) {
-        QTest::newRow(name) << in << answer << made
-                            << (message.isEmpty() ? message
-                                                  : "Error al crear la carpeta: " + message);
-    };
-    row("in the chosen folder", "a", "nueva", "a/nueva");
-    row("chosen folder ending in a separator", "a/", "nueva", "a/nueva");
-    row("cancelled", "a", std::nullopt, "");
-    row("empty name", "a", "", "");
-    row("already there", "a", "b", "", "File exists");
-    row("name with a separator", "a", "b/c", "", "el nombre no puede contener «/»");
-    row("chosen folder gone", "gone", "x", "", "No such file or directory");
-}
-
-void TestFolderChooser::newfolder()
-{
-    QFETCH(QString, in);
-    QFETCH(std::optional<QString>, answer);
-    QFETCH(QString, made);
-    QFETCH(QString, message);
-    QTemporaryDir root;
-    QVERIFY(QDir(root.path()).mkpath("a/b"));
-    FakeDesktop desktop;
-    desktop.inputAnswers = {answer};
-    FolderChooser chooser(desktop, [] { return false; });
-    chooser.setPath(root.filePath(in));
-
-    QCOMPARE(chooser.newfolder(), made.isEmpty() ? QString() : root.filePath(made));
-
-    QCOMPARE(desktop.calls.first(),
-             "inputBox|Escriba el nombre de la nueva carpeta||Nueva Carpeta");
-    QCOMPARE(desktop.callsOf("messageBox"),
-             message.isEmpty() ? QStringList() : QStringList{"Critical|" + message});
-    QCOMPARE(QDir(root.filePath("a")).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
-             made.isEmpty() ? QStringList{"b"} : QStringList({"b", "nueva"}));
-}
-
-void TestFolderChooser::browsing()
-{
-    // The home folder first, then the mounted file systems.
-    const QList<FolderChooser::Drive> drives = FolderChooser::drives();
-    QCOMPARE(drives.value(0).root, QDir::homePath());
-    for (const FolderChooser::Drive &drive : drives)
-        QVERIFY2(QFileInfo(drive.root).isDir(), qPrintable(drive.root));
-    QTemporaryDir root;
-    QVERIFY(QDir(root.path()).mkpath("a/b"));
-    FakeDesktop desktop;
-    FolderWindow window(desktop, [] { return false; });
-    window.show();
-    auto *tree = window.findChild<QTreeView *>("dir");
-    auto *drive = window.findChild<QComboBox *>("drive");
-    QCOMPARE(drive->count(), drives.size());
-
-    // The caller's folder is shown; something that is no folder leaves the choice alone.
-    window.goTo(root.filePath("a"));
-    window.goTo(root.filePath("nothing"));
-    QCOMPARE(window.path(), root.filePath("a"));
-    QCOMPARE(window.findChild<QLabel *>("ruta")->text(), root.filePath("a"));
-
-    // A folder picked in the tree is the result.
-    const QModelIndex a = tree->currentIndex();
-    tree->expand(a);
-    QTRY_COMPARE(tree->model()->rowCount(a), 1);
-    tree->setCurrentIndex(tree->model()->index(0, 0, a));
-    QCOMPARE(window.path(), root.filePath("a/b"));
-
-    // Choosing a drive goes to its top; one that cannot be read leaves the choice alone.
-    drive->addItem("nada", "/no/such/drive");
-    Q_EMIT drive->activated(drive->count() - 1);
-    QCOMPARE(window.path(), root.filePath("a/b"));
-    Q_EMIT drive->activated(0);
-    QCOMPARE(window.path(), QDir::homePath());
-}
-
-// One window for every choice, through the program's desktop. The close box and Escape are
-// refused while the program runs; "Aceptar" hides it and the caller reads the path.
-void TestFolderChooser::closing()
-{
-    QTemporaryDir root;
-    QtDesktop desktop{ProgramFolder(root.path())};
-    bool ending = false;
-    desktop.setGetunload([&] { return ending; });
-    QList<FolderWindow *> seen;
-    const auto whenShown = [&] {
-        QTimer::singleShot(0, [&] {
-            auto *window = qobject_cast<FolderWindow *>(QApplication::activeModalWidget());
-            seen.append(window);
-            if (ending) {
-                window->close();
-                return;
-            }
-            QVERIFY(!window->close());
-            QTest::keyClick(window, Qt::Key_Escape);
-            QVERIFY(window->isVisible());
-            window->findChild<QPushButton *>("acept")->click();
-        });
-    };
-
-    whenShown();
-    QCOMPARE(desktop.chooseFolder(root.path()), root.path());
-    whenShown();
-    QCOMPARE(desktop.chooseFolder(QDir::homePath()), QDir::homePath());
-    QVERIFY(seen[0] && seen[0] == seen[1]);
-    QCOMPARE(seen[0]->objectName(), "folder");
-    QCOMPARE(seen[0]->windowTitle(), "Seleccionar carpeta");
-
-    // At the end of the program its close box works, and the chooser counts as cancelled.
-    ending = true;
-    whenShown();
-    QCOMPARE(desktop.chooseFolder(root.path()), QString());
-    QPointer<FolderWindow> window = seen[0];
-    desktop.unloadFolder();
-    QVERIFY(window.isNull());
-}
 
 QTEST_MAIN(TestFolderChooser)
 #include "tst_folderchooser.moc"
