@@ -5,6 +5,7 @@
 #include "ftplogin.h"
 #include "listrecord.h"
 #include "notifier.h"
+#include "speedlimit.h"
 #include "statuspanel.h"
 #include "transfer.h"
 
@@ -98,6 +99,8 @@ public:
     void CallExe();
     void CallAntiv();
     void CallProp() override;
+    // Every connection together reads at most this many Kb a second; 0 lifts the limit.
+    void setSpeedLimit(int kbPerSecond) { m_limit.setRate(qint64(kbPerSecond) * 1024); }
     void setApagar(bool on) { m_apagar = on; }
     bool apagar() const { return m_apagar; }
 
@@ -160,6 +163,7 @@ private:
     ProgramFolder m_folder;
     Notifier m_notifier;
     FtpLoginPrompt m_login;
+    SpeedLimit m_limit;
     InactiveList *m_inactive = nullptr;
 
     std::array<Slot, SlotCount> m_slots;

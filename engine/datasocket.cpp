@@ -28,8 +28,11 @@ void closeQuietly(QAbstractSocket &socket)
 
 } // namespace
 
-DataSocket::DataSocket(Receiver &receiver, QObject *parent) : QObject(parent), m_receiver(receiver)
+DataSocket::DataSocket(Receiver &receiver, SpeedLimit &limit, QObject *parent)
+    : QObject(parent), m_receiver(receiver), m_limit(limit)
 {
+    m_resume.setSingleShot(true);
+    connect(&m_resume, &QTimer::timeout, this, &DataSocket::readyRead);
     connect(&m_plain, &QTcpSocket::connected, this, [this] { m_receiver.opened(); });
     connect(&m_plain, &QTcpSocket::readyRead, this, &DataSocket::readyRead);
     connect(&m_plain, &QTcpSocket::disconnected, this, &DataSocket::disconnected);
@@ -62,6 +65,7 @@ void DataSocket::open(const QString &host, quint16 port, bool secure)
 
 void DataSocket::close()
 {
+    m_resume.stop();
     closeQuietly(m_plain);
     if (m_tls) {
         // This may run inside one of the socket's own signals: it goes once that has returned.
@@ -120,12 +124,20 @@ void DataSocket::readTls()
     }
 }
 
-// Up to one chunk; false when nothing was read. An unbuffered socket learns of a close or a
-// reset from the read itself, and then is left unconnected without a signal.
-bool DataSocket::readChunk()
+// An unbuffered socket learns of a close or a reset from the read itself, and then is left
+// unconnected without a signal. One that is not read is not woken again until it is.
+bool DataSocket::readChunk(bool unlimited)
 {
     QByteArray &buffer = sharedBuffer();
-    const qint64 received = socket().read(buffer.data(), buffer.size());
+    const qint64 allowed = unlimited ? buffer.size() : m_limit.take(buffer.size());
+    if (allowed == 0) {
+        if (!m_resume.isActive())
+            m_resume.start(m_limit.waitMs(ChunkSize));
+        return false;
+    }
+    const qint64 received = socket().read(buffer.data(), allowed);
+    if (!unlimited)
+        m_limit.giveBack(allowed - std::max<qint64>(received, 0));
     if (received < 0 && socket().state() == QAbstractSocket::UnconnectedState) {
         if (socket().error() == QAbstractSocket::RemoteHostClosedError)
             disconnected();
@@ -144,7 +156,8 @@ void DataSocket::disconnected()
     // The plain socket is unbuffered: it sees the close only once every byte before it was read.
     // A secure one may still hold decrypted bytes; they may end the download.
     if (const QPointer<QSslSocket> reading = m_tls) {
-        while (reading == m_tls && m_tls->bytesAvailable() > 0 && readChunk()) {
+        // What is left of a closed connection is taken at once, limit or not.
+        while (reading == m_tls && m_tls->bytesAvailable() > 0 && readChunk(true)) {
         }
         if (reading != m_tls)
             return;

@@ -1,15 +1,19 @@
 #pragma once
 
+#include "speedlimit.h"
+
 #include <QByteArrayView>
 #include <QPointer>
 #include <QSslError>
 #include <QSslSocket>
 #include <QTcpSocket>
+#include <QTimer>
 
 // The connection a file's bytes arrive on, plain or over TLS. Reads go without copies into one
 // buffer that every connection shares (a chunk is done with before the next read), and while
 // data streams in the kernel may be asked to gather a good part of a chunk before it wakes the
-// socket: fewer, larger reads and writes.
+// socket: fewer, larger reads and writes. Every read takes its bytes from the speed limit; with
+// none left the socket is not read (and so not woken again) until the limit has refilled.
 class DataSocket final : public QObject
 {
     Q_OBJECT
@@ -35,7 +39,7 @@ public:
     // The most one read takes; larger blocks were measured slower.
     static constexpr qint64 ChunkSize = 256 * 1024;
 
-    explicit DataSocket(Receiver &receiver, QObject *parent = nullptr);
+    DataSocket(Receiver &receiver, SpeedLimit &limit, QObject *parent = nullptr);
     ~DataSocket() override;
 
     void open(const QString &host, quint16 port, bool secure);
@@ -53,11 +57,14 @@ private:
     const QTcpSocket &socket() const { return m_tls ? *m_tls : m_plain; }
     void readyRead();
     void readTls();
-    bool readChunk();
+    // Up to one chunk, within the limit unless `unlimited`; false when nothing was read.
+    bool readChunk(bool unlimited = false);
     void disconnected();
     void error(QAbstractSocket::SocketError error);
 
     Receiver &m_receiver;
+    SpeedLimit &m_limit;
+    QTimer m_resume; // reads again once the limit has refilled
     QTcpSocket m_plain;
     // The connection of a secure address, a fresh socket for every attempt; null otherwise.
     QPointer<QSslSocket> m_tls;

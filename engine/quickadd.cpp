@@ -46,7 +46,7 @@ QuickAdd::QuickAdd(ActiveList &active, InactiveList &inactive, const Settings &s
 QString QuickAdd::add(const QString &text, const DownloadExtras &extras)
 {
     const QString url = typed(text);
-    // The message still names the two original schemes.
+    // The message names http:// and ftp:// only, though https:// is taken as well.
     if (!isAddress(url)) {
         m_desktop.messageBox(
             QStringLiteral("Escriba una dirección correcta (debe empezar por http:// o ftp://)"),

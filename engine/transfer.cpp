@@ -19,7 +19,8 @@ std::unique_ptr<Transfer> Transfer::make(DownloadSlot &slot, TransferEvents &eve
 
 Transfer::Transfer(DownloadSlot &slot, TransferEvents &events, const TransferContext &context,
                    int retries)
-    : m_slot(slot), m_events(events), m_context(context), m_ws(*this), m_redoTag(retries)
+    : m_slot(slot), m_events(events), m_context(context), m_ws(*this, context.limit),
+      m_redoTag(retries)
 {
     connect(&m_redo, &QTimer::timeout, this, &Transfer::redoTick);
     m_silence.setInterval(1000);

@@ -11,6 +11,7 @@
 class Desktop;
 class FtpLoginPrompt;
 class Notifier;
+class SpeedLimit;
 struct Settings;
 
 // What a transfer tells the list that holds its download.
@@ -43,6 +44,7 @@ struct TransferContext
     Desktop &desktop;
     Notifier &notifier;
     FtpLoginPrompt &login;
+    SpeedLimit &limit;
 };
 
 // The connections of one active download, given its record when it is made. It owns the data

@@ -7,13 +7,13 @@ fuzz=0
 [ "${1:-}" = --fuzz ] && fuzz=1
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# Build: Qt and its Spanish translations. Tests: local servers, certificates, an RTF reader, an X
+# Build: Qt and its Spanish translations, and the tools that check the code's format and faults. Tests: local servers, certificates, an RTF reader, an X
 # server with a screen reader's view (the accessibility bus) for the end-to-end runs of the
 # windows, the desktop's own checks of the launcher and the software centre's entry, a clipboard
 # another program writes to, and Chromium, driven through its DevTools protocol, for the browser
 # extension; two stock FTP servers (one installed, the other unpacked below: they cannot be
 # installed side by side).
-packages=(cmake g++ ninja-build qt6-base-dev qt6-qpa-plugins qt6-multimedia-dev qt6-webengine-dev
+packages=(cmake g++ ninja-build clang-format clang-tidy qt6-base-dev qt6-qpa-plugins qt6-multimedia-dev qt6-webengine-dev
           qt6-svg-dev qt6-translations-l10n libgl-dev fonts-dejavu-core
           nginx-light python3-pyftpdlib openssl unrtf xvfb xauth xdotool
           dbus-daemon at-spi2-core python3-pyatspi desktop-file-utils appstream

@@ -156,6 +156,14 @@ QWidget *CfgWindow::downloadsTab()
     layout->addWidget(checkBox(
         "autocont", QStringLiteral("Continuar una descarga inactiva cuando finalice una activa"),
         &Settings::autocont));
+    QCheckBox *limitar =
+        extraBox("limitar", QStringLiteral("Limitar velocidad a"), &ExtraSettings::limitar);
+    QSpinBox *limite = extraSpin("limite", &ExtraSettings::limite);
+    limite->setSuffix(QStringLiteral(" Kb/s"));
+    limite->setToolTip(QStringLiteral("Entre todas las descargas; 0: sin límite"));
+    limite->setAccessibleName(QStringLiteral("Limitar velocidad a"));
+    limite->setAccessibleDescription(limite->toolTip());
+    layout->addLayout(row(page, {limitar, limite}));
     layout->addStretch();
     return page;
 }
@@ -274,6 +282,21 @@ QSpinBox *CfgWindow::spinBox(const char *name, int Settings::*field)
     return spin;
 }
 
+QSpinBox *CfgWindow::extraSpin(const char *name, int ExtraSettings::*field)
+{
+    auto *spin = new QSpinBox(this);
+    spin->setObjectName(QLatin1String(name));
+    for (const ExtraSettings::Key &key : ExtraSettings::keys()) {
+        if (const auto *number = std::get_if<int ExtraSettings::*>(&key.field);
+            number && *number == field)
+            spin->setRange(key.minimum, key.maximum);
+    }
+    connect(spin, &QSpinBox::valueChanged, this,
+            [this, field](int value) { m_model.setExtraNumber(field, value); });
+    m_extraSpins.emplace_back(spin, field);
+    return spin;
+}
+
 void CfgWindow::showSettings()
 {
     // Only what differs is set, so a box being typed into keeps its cursor.
@@ -302,6 +325,10 @@ void CfgWindow::showSettings()
     for (const auto &[spin, field] : m_spins) {
         const QSignalBlocker blocker(spin);
         spin->setValue(s.*field);
+    }
+    for (const auto &[spin, field] : m_extraSpins) {
+        const QSignalBlocker blocker(spin);
+        spin->setValue(m_model.extra().*field);
     }
     QStringList shown;
     for (int i = 0; i < m_ext->count(); ++i)

@@ -39,6 +39,7 @@ private:
     QCheckBox *extraBox(const char *name, const QString &label, bool ExtraSettings::*field);
     QRadioButton *optionButton(const char *name, const QString &label, bool Settings::*field);
     QSpinBox *spinBox(const char *name, int Settings::*field);
+    QSpinBox *extraSpin(const char *name, int ExtraSettings::*field);
 
     void showSettings();
     void browseFolder();
@@ -55,4 +56,5 @@ private:
     std::vector<std::pair<QCheckBox *, bool ExtraSettings::*>> m_extraChecks;
     std::vector<std::pair<QRadioButton *, bool Settings::*>> m_options;
     std::vector<std::pair<QSpinBox *, int Settings::*>> m_spins;
+    std::vector<std::pair<QSpinBox *, int ExtraSettings::*>> m_extraSpins;
 };

@@ -18,6 +18,20 @@ CommandLine parseCommandLine(const QStringList &arguments)
             command.home = arguments[++i];
         } else if (argument.startsWith(QLatin1String("--home="))) {
             command.home = argument.mid(7);
+        } else if (argument == QLatin1String("--limit-rate") ||
+                   argument.startsWith(QLatin1String("--limit-rate="))) {
+            const bool apart = argument == QLatin1String("--limit-rate");
+            if (apart && i + 1 >= arguments.size()) {
+                command.error = QStringLiteral("Falta la velocidad después de --limit-rate");
+                break;
+            }
+            const QString value = apart ? arguments[++i] : argument.mid(13);
+            bool number = false;
+            command.limitRate = value.toInt(&number);
+            if (!number || command.limitRate < 0 || command.limitRate > 10'000'000) {
+                command.error = QStringLiteral("Velocidad no válida para --limit-rate: ") + value;
+                break;
+            }
         } else if (argument == QLatin1String("--headless")) {
             command.headless = true;
         } else if (argument == QLatin1String("--help") || argument == QLatin1String("-h")) {

@@ -14,6 +14,7 @@ struct CommandLine
     bool version = false;
     bool nativeHost = false;       // the browser extension's host; what follows is the browser's
     bool registerBrowsers = false; // the host's manifests into the person's browser folders
+    int limitRate = -1;            // Kb/s for this run without windows; -1: as set
     QStringList urls;              // a "zelq:" link's address comes without its prefix
     QString error;                 // a usage error, in Spanish
 };

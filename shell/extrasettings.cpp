@@ -6,8 +6,10 @@
 
 namespace {
 
-const std::array<ExtraSettings::Key, 1> Keys{{
+const std::array<ExtraSettings::Key, 3> Keys{{
     {"portapapeles", &ExtraSettings::portapapeles},
+    {"limitar", &ExtraSettings::limitar},
+    {"limite", &ExtraSettings::limite, 0, 10'000'000},
 }};
 
 QString invalid(const QString &key, const QString &text)

@@ -9,6 +9,11 @@
 struct ExtraSettings
 {
     bool portapapeles = false; // "Vigilar el portapapeles"
+    bool limitar = false;      // "Limitar velocidad a", switched on and off from the menu too
+    int limite = 0;            // its Kb/s; 0 is no limit
+
+    // The limit the downloads keep to, in Kb/s; 0 when there is none.
+    int speedLimit() const { return limitar ? limite : 0; }
 
     static inline const QString FileName = QStringLiteral("preferencias.ini");
 

@@ -51,7 +51,7 @@ int runHeadless(int argc, char *argv[], const CommandLine &command)
     InstanceLock lock(folder);
     if (!lock.tryLock())
         return refuse(Startup::alreadyRunning(folder), Startup::AlreadyRunning);
-    Headless headless(folder, command.urls);
+    Headless headless(folder, command.urls, command.limitRate);
     return headless.exec();
 }
 

@@ -9,9 +9,10 @@
 #include <QTimer>
 #include <unistd.h>
 
-Headless::Headless(const ProgramFolder &folder, const QStringList &urls, QObject *parent)
-    : QObject(parent), m_urls(urls), m_console(m_desktop), m_core(folder, m_desktop, &m_console),
-      m_out(stdout), m_terminal(::isatty(STDOUT_FILENO))
+Headless::Headless(const ProgramFolder &folder, const QStringList &urls, int speedLimit,
+                   QObject *parent)
+    : QObject(parent), m_urls(urls), m_speedLimit(speedLimit), m_console(m_desktop),
+      m_core(folder, m_desktop, &m_console), m_out(stdout), m_terminal(::isatty(STDOUT_FILENO))
 {
     m_out.setEncoding(QStringConverter::System);
     connect(new StopSignals(this), &StopSignals::received, this, &Headless::stopOnSignal);
@@ -50,6 +51,8 @@ int Headless::exec()
 void Headless::startUp()
 {
     m_core.load();
+    if (m_speedLimit >= 0)
+        m_core.active().setSpeedLimit(m_speedLimit);
     for (const QString &url : std::as_const(m_urls)) {
         if (m_core.quickAdd().add(url).isEmpty())
             m_failed = true;

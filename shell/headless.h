@@ -15,7 +15,9 @@ class Headless final : public QObject
     Q_DISABLE_COPY_MOVE(Headless)
 
 public:
-    Headless(const ProgramFolder &folder, const QStringList &urls, QObject *parent = nullptr);
+    // `speedLimit` in Kb/s replaces the settings' for this run; -1 keeps theirs.
+    Headless(const ProgramFolder &folder, const QStringList &urls, int speedLimit = -1,
+             QObject *parent = nullptr);
 
     // Runs the event loop; the exit status: 0 all finished, 1 something failed or was refused.
     int exec();
@@ -32,6 +34,7 @@ private:
     void end(int status);
 
     QStringList m_urls;
+    int m_speedLimit;
     ConsoleDesktop m_desktop;
     ConsoleHistory m_console;
     Core m_core;

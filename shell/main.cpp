@@ -7,7 +7,7 @@ namespace {
 
 const char Usage[] =
     "Uso: corvane [--home CARPETA] [URL ...]\n"
-    "       corvane [--home CARPETA] --headless [URL ...]\n"
+    "       corvane [--home CARPETA] --headless [--limit-rate KB] [URL ...]\n"
     "       corvane [--home CARPETA] --register-browsers\n"
     "\n"
     "Gestor de descargas HTTP, HTTPS y FTP.\n"
@@ -21,6 +21,8 @@ const char Usage[] =
     "                  muestra el progreso y termina cuando no queda nada por descargar\n"
     "                  (0: todo terminado, 1: alguna descarga falló o fue rechazada,\n"
     "                  3: la carpeta ya la usa otro Corvane)\n"
+    "  --limit-rate KB con --headless, entre todas las descargas no se leen más de KB\n"
+    "                  Kb por segundo (0: sin límite); si no, rige la configuración\n"
     "  --register-browsers\n"
     "                  da a conocer a Chromium y Firefox el programa que recibe los\n"
     "                  enlaces de la extensión de Corvane (el paquete ya lo hace)\n"

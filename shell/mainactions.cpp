@@ -109,6 +109,9 @@ void MainActions::buildMenus(QMainWindow &window)
 
     QMenu *herramientas = topMenu("herramientas", QStringLiteral("&Herramientas"));
     herramientas->addAction(make("opciones", QStringLiteral("&Opciones")));
+    QAction *limit = make("limitar", QStringLiteral("&Limitar velocidad"));
+    limit->setCheckable(true);
+    herramientas->addAction(limit);
     herramientas->addAction(make("savehist", QStringLiteral("&Guardar historial")));
     herramientas->addAction(make("delhist", QStringLiteral("&Borrar historial")));
 

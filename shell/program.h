@@ -60,6 +60,7 @@ private:
     bool restoreViews();
     bool restoreQuickList();
     void wireMenus();
+    void wireSpeedLimit(QAction &limit);
     void wireEngine();
     void wireBrowser();
     void grabPage(const QString &url);

@@ -17,6 +17,24 @@
 #include <QMdiArea>
 #include <QMenu>
 
+// The menu's check switches the limit of the settings' "Descargas" tab on and off at once.
+void Program::wireSpeedLimit(QAction &limit)
+{
+    SettingsModel &settings = m_core.settings();
+    const auto show = [&settings, &limit] {
+        const QSignalBlocker blocker(limit);
+        limit.setChecked(settings.extra().limitar);
+        limit.setToolTip(QStringLiteral("Limitar la velocidad de todas las descargas a %1 Kb/s")
+                             .arg(settings.extra().limite));
+    };
+    show();
+    connect(&settings, &SettingsModel::changed, &limit, show);
+    connect(&limit, &QAction::toggled, this, [&settings](bool on) {
+        settings.setExtra(&ExtraSettings::limitar, on);
+        settings.save();
+    });
+}
+
 void Program::wireMenus()
 {
     MainActions &actions = m_main->actions();
@@ -35,6 +53,7 @@ void Program::wireMenus()
     on("contall", [this] { m_core.all().contall(); });
     on("salir", [this] { m_main->close(); });
     on("opciones", [this] { m_cfg->exec(); });
+    wireSpeedLimit(*actions["limitar"]);
     on("cascada", [this] { m_main->mdi()->cascadeSubWindows(); });
     on("mhorz", [this] { m_main->tile(Qt::Horizontal); });
     on("mvert", [this] { m_main->tile(Qt::Vertical); });

@@ -251,6 +251,23 @@ void SettingsModel::setExtra(bool ExtraSettings::*field, bool on)
     Q_EMIT changed();
 }
 
+bool SettingsModel::setExtraNumber(int ExtraSettings::*field, int value)
+{
+    for (const ExtraSettings::Key &key : ExtraSettings::keys()) {
+        const auto *number = std::get_if<int ExtraSettings::*>(&key.field);
+        if (!number || *number != field)
+            continue;
+        if (value < key.minimum || value > key.maximum)
+            return false;
+        if (m_extra.*field != value) {
+            m_extra.*field = value;
+            Q_EMIT changed();
+        }
+        return true;
+    }
+    return false;
+}
+
 void SettingsModel::setOption(bool Settings::*field)
 {
     if (turnOn(field))

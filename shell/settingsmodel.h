@@ -45,6 +45,8 @@ public:
     void setText(QString Settings::*field, const QString &text);
     void setCheck(int Settings::*field, bool checked);
     void setExtra(bool ExtraSettings::*field, bool on);
+    // Out of the key's range: false and nothing changes.
+    bool setExtraNumber(int ExtraSettings::*field, int value);
     // Turns `field` on and the other buttons of its group off.
     void setOption(bool Settings::*field);
     // Out of range, or not a spin box: false and nothing changes.

@@ -6,6 +6,7 @@
 #include "fakedesktop.h"
 #include "ftpreply.h"
 #include "httpresponse.h"
+#include "speedlimit.h"
 #include "textfile.h"
 #include "texts.h"
 #include "urls.h"
@@ -79,6 +80,21 @@ const QHash<QString, std::function<QString(const QByteArray &)>> Pieces{
                               QString::number(Http::contentLength(chunk)),
                               chunk.mid(Http::bodyStart(chunk)), Http::location(chunk),
                               Http::isChunked(chunk) ? QStringLiteral("chunked") : QString()});
+     }},
+    // "rate ms:wanted ms:wanted ... ms:wait": what each read is given, and how long the last
+    // must wait for a full read of 4096 bytes.
+    {"speed limit",
+     [](const QByteArray &text) {
+         QStringList words = QString::fromLatin1(text).split(QLatin1Char(' '));
+         SpeedLimit limit;
+         limit.setRate(words.takeFirst().toLongLong(), 0);
+         const QString last = words.takeLast();
+         QStringList given;
+         for (const QString &word : std::as_const(words))
+             given << QString::number(limit.take(word.section(':', 1).toLongLong(),
+                                                 word.section(':', 0, 0).toLongLong()));
+         given << QString::number(limit.waitMs(4096, last.section(':', 0, 0).toLongLong()));
+         return joined(given);
      }},
     // "address start [referer cookie validator]": the request for that part of that address.
     {"request",
@@ -265,6 +281,12 @@ void TestParsing::pieces_data()
         request("h", "0", "Referer: http://p/a.html\r\nCookie: k=v\r\n"));
     row("request", "http://h/f 7 http://p/ k=v\r\nX:y \"e1\"",
         request("h", "7", "Referer: http://p/\r\nIf-Range: \"e1\"\r\n"));
+    // 1000 Kb/s: 1024 bytes a millisecond, a quarter of a second at most in the bucket.
+    row("speed limit", "1024000 0:300000 100:300000 100:1 5000:999999 5000:0",
+        "0 | 102400 | 0 | 256000 | 4");
+    row("speed limit", "1024000 0:1 1:1000 1:1000 1:0", "0 | 1000 | 24 | 4");
+    row("speed limit", "0 0:300000 0:0", "300000 | 1");
+    row("speed limit", "1000 0:1 10:50 10:0", "0 | 10 | 1000"); // slow: waits are capped at 1 s
     row("ftp replies", "350 Seguimos\r\n213 5000\r\n", "350 Seguimos | 213 5000");
     row("ftp replies", "250 Ok\r\n350 Res", "250 Ok"); // the rest waits for its line end
     row("ftp replies", "hola\r\n229 x\n", "229 x");

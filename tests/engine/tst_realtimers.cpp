@@ -7,9 +7,11 @@
 #include "settingsmodel.h"
 
 #include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QTest>
 #include <csignal>
+#include <sys/resource.h>
 
 namespace {
 
@@ -70,6 +72,7 @@ private Q_SLOTS:
     void retryAnswersAtOnce() { stalledThenRetried(0); }
     void retryAnswersAfter4s() { stalledThenRetried(4000); }
     void trickleNeverDropped();
+    void speedLimit();
     void ftpAfterKill_data();
     void ftpAfterKill();
 
@@ -111,6 +114,38 @@ void TestRealTimers::trickleNeverDropped()
     QCOMPARE(runHeadless(home, {server.url("f.bin")}), 0);
     QCOMPARE(server.connections(), 1);
     QCOMPARE(readFile(home.file("f.bin")), Content);
+}
+
+// --limit-rate holds the whole download to its rate, and a connection waiting for the limit
+// sleeps instead of spinning.
+void TestRealTimers::speedLimit()
+{
+    const ServedFolder served("grande.bin", 3 * 1024 * 1024);
+    NginxServer nginx(served.root.path());
+    QVERIFY2(nginx.start(), qPrintable(nginx.error()));
+    Home home;
+    rusage before{};
+    ::getrusage(RUSAGE_CHILDREN, &before);
+    QElapsedTimer clock;
+    clock.start();
+    QProcess process;
+    process.start(
+        qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane",
+        {"--headless", "--home", home.dir.path(), "--limit-rate", "1024", nginx.url("grande.bin")});
+    QVERIFY(process.waitForFinished(19000));
+    const qint64 elapsed = clock.elapsed();
+    rusage after{};
+    ::getrusage(RUSAGE_CHILDREN, &after);
+    QCOMPARE(process.exitCode(), 0);
+    QCOMPARE(readFile(home.file("grande.bin")), served.bytes);
+    // 3 MiB at 1 MiB/s, less the quarter second the limit may hold at the start.
+    QVERIFY2(elapsed >= 2700 && elapsed <= 4500, qPrintable(QString::number(elapsed)));
+    const auto cpuMs = [](const rusage &usage) {
+        return (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1000 +
+               (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1000;
+    };
+    QVERIFY2(cpuMs(after) - cpuMs(before) < 1000,
+             qPrintable(QString::number(cpuMs(after) - cpuMs(before))));
 }
 
 void TestRealTimers::ftpAfterKill_data()

@@ -194,14 +194,14 @@ public:
     }
 };
 
-// The stock server proftpd, unpacked from its package beside the build (it cannot be installed
+// The stock server proftpd, unpacked from its package into build/proftpd (it cannot be installed
 // beside vsftpd): anonymous, and the user "ana" (password "secreta") of a user file of its own.
 class ProftpdServer final : public LocalServer
 {
 public:
     explicit ProftpdServer(const QString &root, int bytesPerSecond = 0)
-        : LocalServer("ftp",
-                      qEnvironmentVariable("CORVANE_BIN_DIR") + "/../proftpd/usr/sbin/proftpd")
+        : LocalServer("ftp", qEnvironmentVariable("CORVANE_SOURCE_DIR") +
+                                 "/build/proftpd/usr/sbin/proftpd")
     {
         openToAll(root);
         const QString work = m_work.path();
