@@ -21,20 +21,6 @@ inline QByteArray randomBytes(int size)
     return bytes;
 }
 
-// A folder for a real server to serve, holding one file of random bytes.
-struct ServedFolder
-{
-    QTemporaryDir root;
-    QByteArray bytes;
-
-    ServedFolder(const QString &name, int size) : bytes(randomBytes(size))
-    {
-        QFile file(root.filePath(name));
-        if (file.open(QIODevice::WriteOnly))
-            file.write(bytes);
-    }
-};
-
 // Both lists wired together over a fresh program folder and a scripted desktop.
 struct EngineFixture
 {
