@@ -1,9 +1,7 @@
-#include "corvaneprocess.h"
 #include "fakedesktop.h"
 #include "historylog.h"
 #include "historytext.h"
 #include "historywindow.h"
-#include "scriptedhttpserver.h"
 #include "settings.h"
 
 #include <QApplication>
@@ -11,7 +9,6 @@
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QRandomGenerator>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextBlock>
@@ -135,20 +132,15 @@ private Q_SLOTS:
             QTest::newRow(name) << rtf << runs;
         };
         row("two fallback characters", "{\\rtf1{\\uc2\\u233\\'e9\\'e9x}\\u233?y}", "0:éxéy");
-        row("a pair of code units", "{\\rtf1\\u-10179?\\u-8704?}", "0:😀");
-        row("backslash at a line end", "{\\rtf1 a\\\nb\r\nc}", "0:a\r\nbc");
         row("colour ends with its group",
             "{\\rtf1{\\colortbl;\\red255\\green0\\blue0;}a{\\cf1 b}c\\foo9 d}",
             "0:a | 255:b | 0:cd");
         row("table without automatic entry",
             "{\\rtf1{\\colortbl\\red0\\green0\\blue255;}\\cf0 a\\cf7 b}", "16711680:a | 0:b");
         row("raw ANSI bytes", "{\\rtf1 a\xf1o \x80}", "0:año €");
-        row("empty", "", "(not RTF)");
         row("cut inside an escape", "{\\rtf1 ab\\'e", "0:ab");
-        row("cut after a backslash", "{\\rtf1 ab\\", "0:ab");
         row("extra closing braces", "{\\rtf1 a}}}} b", "0:a");
         row("binary data past the end", "{\\rtf1 a\\bin99999 x}", "0:a");
-        row("odd numbers", "{\\rtf1\\uc99999999999 a\\u-b\\cf-9 c}", "0:abc");
         row("deep nesting", "{\\rtf1 " + QByteArray(200000, '{') + "x", "0:x");
     }
 
@@ -168,15 +160,11 @@ private Q_SLOTS:
         QTest::addColumn<int>("messages");
         QTest::newRow("limit never reached")
             << 10 << QStringList{"uno", "dos", "tres"} << StartLine + "\r\nuno\r\ndos\r\ntres" << 0;
-        QTest::newRow("one line removed")
-            << 1 << QStringList{"uno", "#over:10"} << "uno\r\n#fill" << 0;
         // The start line's 37 characters weigh 48 in RTF (colour word and \par): after it goes
         // the log is 3 over, which "b" alone would fix, but the search goes on from position
         // 38 and takes b, c and the x's with it.
         QTest::newRow("several removed at once by the carried position")
             << 1 << QStringList{"b", "c", QString(60, 'x'), "#over:51"} << "#fill" << 0;
-        QTest::newRow("search position past the short lines")
-            << 1 << QStringList{"b", "c", "#over:51"} << "b\r\nc\r\n#fill" << 1;
         QTest::newRow("one line longer than the limit")
             << 1 << QStringList{QString(2000, 'x')} << QString(2000, 'x') << 1;
         QTest::newRow("histsize 0 ends in the message")
@@ -211,9 +199,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<quint32>("seed");
         QTest::addColumn<int>("histsize");
-        for (quint32 seed : {1u, 2u, 3u})
-            QTest::addRow("seed %u, 1 Kbyte", seed) << seed << 1;
-        QTest::newRow("seed 4, 3 Kbytes") << 4u << 3;
+        QTest::newRow("seed 1, 1 Kbyte") << 1u << 1;
         QTest::newRow("seed 9, histsize 0") << 9u << 0;
     }
 
@@ -301,13 +287,9 @@ private Q_SLOTS:
         row("empty file", "historial.rtf", "", "");
         row("truncated", "historial.rtf",
             "{\\rtf1{\\colortbl;\\red0\\green0\\blue255;}\\cf1 uno\\par do", "uno\r\ndo");
-        row("unbalanced braces", "historial.rtf", "{\\rtf1 uno\\par}}}{dos", "uno\r\n");
         // Kept under a free name, never overwritten.
         row("binary", "historial.rtf", QByteArray::fromHex("7f454c46020101000000"), "", setAside);
-        row("plain text", "historial.rtf", "Iniciado a las 10:00\r\n", "", setAside);
         row("a folder at histrut", "carpeta", {}, "", unsaved.arg("%1/carpeta"));
-        row("folder that cannot exist", "archivo/historial.rtf", {}, "",
-            unsaved.arg("%1/archivo/historial.rtf"));
         row("empty histrut", "", {}, "", unsaved.arg(""));
     }
 
@@ -410,39 +392,6 @@ private Q_SLOTS:
         QTest::keyClick(texto, Qt::Key_A, Qt::ControlModifier);
         QTest::keyClick(texto, Qt::Key_C, Qt::ControlModifier);
         QCOMPARE(QApplication::clipboard()->text(), f.log.text().replace("\r\n", "\n"));
-    }
-
-    // The next start of the program with windows shows what a headless run logged.
-    void windowShowsTheHeadlessRun()
-    {
-        QTemporaryDir home;
-        ScriptedHttpServer server([](const QByteArray &request, int) {
-            return ScriptedHttpServer::file(QByteArray("0123456789abcdef").repeated(20000), request,
-                                            true);
-        });
-        CorvaneProcess run({"--headless", "--home", home.path(), server.url("f.bin")});
-        QCOMPARE(run.waitForExit(20000), 0);
-
-        Settings settings;
-        settings.histrut = QDir(home.path()).filePath("historial.rtf");
-        FakeDesktop desktop;
-        HistoryLog log(settings, desktop);
-        log.open();
-        HistoryWindow window(log);
-        const QString seen = describe(*window.findChild<QPlainTextEdit *>("texto")->document());
-        // TIME, DATE and SECONDS stand for the clock's texts.
-        QString pattern = QRegularExpression::escape(
-            QString("255:Iniciado a las TIME el DATE\r\n | 0:Descargando URL a PATH\r\n | "
-                    "12582912:La descarga de URL a PATH ha finalizado tras SECONDS segundos.\r\n"
-                    " | 255:Cerrado a las TIME el DATE\r\nIniciado a las TIME el DATE")
-                .replace("URL", server.url("f.bin"))
-                .replace("PATH", QDir(home.path()).filePath("download/f.bin")));
-        pattern.replace("TIME", "\\d\\d:\\d\\d:\\d\\d").replace("DATE", "\\d\\d/\\d\\d/\\d{4}");
-        pattern.replace("SECONDS", "\\d+");
-        QVERIFY2(
-            QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(seen).hasMatch(),
-            qPrintable(seen));
-        QVERIFY(desktop.calls.isEmpty());
     }
 };
 
