@@ -138,7 +138,6 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<int>("status");
         QTest::addColumn<QString>("printed"); // how what it prints begins
-        QTest::newRow("help") << QStringList{"--help"} << 0 << "Uso: corvane";
         QTest::newRow("unknown option") << QStringList{"--headless", "--rápido"} << 2
                                         << "Opción desconocida: --rápido\n\nUso: corvane";
         QTest::newRow("home without folder")

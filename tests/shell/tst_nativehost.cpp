@@ -117,7 +117,7 @@ void TestNativeHost::answers_data()
     const QString badAddress = "La dirección contiene caracteres no válidos.";
     const QString notOurs = "Corvane solo descarga direcciones http://, https:// o ftp://.";
 
-    // Good and bad alike with no program (nothing may start it), then with the running one.
+    // The bad with no program (nothing may start it), the good with the running one.
     const struct
     {
         const char *name;
@@ -138,26 +138,16 @@ void TestNativeHost::answers_data()
          message(R"({"action":"add"})").left(10),
          {"El mensaje llegó cortado: faltan 10 de sus 16 bytes."}},
         {"not JSON", message(R"({"action": "add", )"), {"El mensaje no es JSON válido."}},
-        {"not an object", message(R"(["add"])"), {"El mensaje no es un objeto JSON."}},
         {"no action",
          message(R"({"url":"S/malo.zip"})"),
          {"Falta la acción (\"action\") del mensaje."}},
-        {"no address",
-         message(R"({"action":"grab"})"),
-         {"Falta la dirección (\"url\") del mensaje."}},
         {"file: address", message(R"({"action":"add","url":"file:///etc/passwd"})"), {notOurs}},
-        {"javascript: address",
-         message(R"j({"action":"add","url":"javascript:alert(1)"})j"),
-         {notOurs}},
         {"line break in address",
          message(R"({"action":"add","url":"S/malo.zip\r\nX-Inyectada: 1"})"),
          {badAddress}},
         {"1000 addresses as a list",
          message(R"({"action":"add","url":[")" + thousand.join(R"(",")") + R"("]})"),
          {"La dirección (\"url\") debe ser un texto con una sola dirección."}},
-        {"1000 addresses in one text",
-         message(R"({"action":"add","url":")" + thousand.join(' ') + R"("})"),
-         {badAddress}},
         {"CR LF in the cookie",
          message(R"({"action":"add","url":"S/malo.zip","cookie":"a=1\r\nX-Inyectada: 1"})"),
          {"Las cookies contienen caracteres no válidos."}},
@@ -176,14 +166,8 @@ void TestNativeHost::answers_data()
          {"ok", badAddress, "ok"},
          true},
     };
-    for (bool running : {false, true}) {
-        for (const auto &row : rows) {
-            if (row.good && !running)
-                continue;
-            QTest::addRow("%s, %s", row.name, running ? "running" : "no program")
-                << running << row.input << row.expected;
-        }
-    }
+    for (const auto &row : rows)
+        QTest::newRow(row.name) << row.good << row.input << row.expected;
 }
 
 void TestNativeHost::answers()
