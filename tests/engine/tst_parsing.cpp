@@ -1,13 +1,10 @@
-// The pure pieces of the engine: addresses, HTTP heads and chunk framing, FTP replies, the text
-// files and the texts shown. What the transfers make of them is tested end to end in tst_http
-// and tst_ftp, the list files byte for byte in tst_lists.
+// The pure pieces of the engine: addresses, HTTP heads and chunk framing, FTP replies. What the
+// transfers make of them is tested end to end in tst_http and tst_ftp.
 #include "chunkeddecoder.h"
 #include "failure.h"
 #include "fakedesktop.h"
 #include "ftpreply.h"
 #include "httpresponse.h"
-#include "textfile.h"
-#include "texts.h"
 #include "urls.h"
 
 #include <QTest>
@@ -26,16 +23,6 @@ QString orFailure(const std::function<QString()> &piece)
 QString joined(const QStringList &parts)
 {
     return parts.join(QStringLiteral(" | "));
-}
-
-// Every value a reader gives until its end, then what one more read gives.
-template <typename Read> QString allRead(const QByteArray &content, Read read)
-{
-    TextFileReader reader(content);
-    QStringList values;
-    while (!reader.atEnd())
-        values.append((reader.*read)());
-    return joined(values << orFailure([&] { return (reader.*read)(); }));
 }
 
 // Each piece as a function of one text, giving its results as one text.
@@ -118,17 +105,6 @@ const QHash<QString, std::function<QString(const QByteArray &)>> Pieces{
      [](const QByteArray &line) -> QString {
          const Ftp::Endpoint endpoint = Ftp::passiveEndpoint(line);
          return endpoint.host + ':' + QString::number(endpoint.port);
-     }},
-    {"fields", [](const QByteArray &text) { return allRead(text, &TextFileReader::readField); }},
-    {"boolean",
-     [](const QByteArray &text) {
-         return toBoolean(QString::fromUtf8(text)) ? QStringLiteral("yes") : QStringLiteral("no");
-     }},
-    // As the transfer shows it, as the inactive list does.
-    {"size",
-     [](const QByteArray &bytes) {
-         return joined({sizeText(bytes.toLongLong(), SizeUnits::FromThreshold),
-                        sizeText(bytes.toLongLong(), SizeUnits::AboveThreshold)});
      }},
 };
 
@@ -223,13 +199,6 @@ void TestParsing::pieces_data()
     row("inside address", "127.0.0.1 ::1", "peer");
     row("passive", "227 ok (127, 0, 0, 1, 200, 1)\r", "127.0.0.1:51201");
     row("passive", "227 (1,2,3,4,72057594037927937,1)\r", "Failure"); // 2^56 + 1: overflow
-    // Reading past the end fails.
-    row("fields", "\"a, b\" \r\nx\r\n", "a, b | x | Failure");
-    row("fields", "\"a\r\nb\"\r\nc\r\n", "a | b\" | c | Failure"); // quotes end with the line
-    row("boolean", "-1", "yes");
-    row("boolean", "Tru", "Failure");
-    row("size", "1024", "1 Kb | 1024 bytes");
-    row("size", "1062207", "1.01 Mb | 1.01 Mb");
 }
 
 void TestParsing::pieces()

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "testauthority.h"
-
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <QThread>
 
-// A real server on a free loopback port over a folder, stopped when the object goes.
+// A real FTP server on a free loopback port over a folder, stopped when the object goes.
 class LocalServer
 {
 public:
@@ -49,7 +49,6 @@ public:
         return false;
     }
     QString error() const { return m_error; }
-    quint16 port() const { return m_port; }
     // What the server has said so far: its output, or the log file it was told to keep.
     QByteArray log()
     {
@@ -61,11 +60,11 @@ public:
     }
     QString url(const QString &name) const
     {
-        return QStringLiteral("%1://127.0.0.1:%2/%3").arg(m_scheme).arg(m_port).arg(name);
+        return QStringLiteral("ftp://127.0.0.1:%1/%2").arg(m_port).arg(name);
     }
 
 protected:
-    LocalServer(const QString &scheme, const QString &program) : m_scheme(scheme)
+    explicit LocalServer(const QString &program)
     {
         QTcpServer probe;
         probe.listen(QHostAddress::LocalHost, 0);
@@ -75,7 +74,6 @@ protected:
 
     QTemporaryDir m_work;
     quint16 m_port;
-    QString m_scheme;
     QProcess m_process; // given its arguments by the server, started by start()
     QString m_error;
     QString m_logFile;
@@ -98,50 +96,13 @@ protected:
     }
 };
 
-// nginx serving the folder; `extra` goes into its server block (e.g. "limit_rate 200k;").
-class NginxServer final : public LocalServer
-{
-public:
-    explicit NginxServer(const QString &root, const QString &extra = {})
-        : NginxServer(root, extra, ServerCertificate())
-    {}
-    // Over TLS with that certificate when it has one; its addresses are then https://.
-    NginxServer(const QString &root, const QString &extra, const ServerCertificate &tls)
-        : LocalServer(tls.certificate.isEmpty() ? "http" : "https", "/usr/sbin/nginx")
-    {
-        const QString work = m_work.path();
-        const QString secure =
-            tls.certificate.isEmpty()
-                ? QString()
-                : QStringLiteral(" ssl;\n    ssl_certificate %1;\n    ssl_certificate_key %2")
-                      .arg(tls.certificate, tls.key);
-        QFile config(work + "/nginx.conf");
-        if (config.open(QIODevice::WriteOnly)) {
-            config.write(
-                QStringLiteral(
-                    "daemon off;\nmaster_process off;\nworker_processes 1;\n"
-                    "pid %1/nginx.pid;\nerror_log %1/error.log;\n"
-                    "events { worker_connections 64; }\n"
-                    "http {\n  access_log off;\n  client_body_temp_path %1/body;\n"
-                    "  proxy_temp_path %1/proxy;\n  fastcgi_temp_path %1/fastcgi;\n"
-                    "  uwsgi_temp_path %1/uwsgi;\n  scgi_temp_path %1/scgi;\n"
-                    "  server {\n    listen 127.0.0.1:%2%3;\n    root %4;\n    %5\n  }\n}\n")
-                    .arg(work)
-                    .arg(m_port)
-                    .arg(secure, root, extra)
-                    .toUtf8());
-        }
-        m_process.setArguments({"-p", work, "-c", config.fileName(), "-e", work + "/error.log"});
-    }
-};
-
 // An anonymous, read-only FTP server over the folder, the stock one of the system's Python;
 // sending at most `bytesPerSecond` on a data connection when that is not 0.
 class FtpdServer final : public LocalServer
 {
 public:
     explicit FtpdServer(const QString &root, int bytesPerSecond = 0)
-        : LocalServer("ftp", "/usr/bin/python3")
+        : LocalServer("/usr/bin/python3")
     {
         // The system interpreter has the Debian package; keep another Python's paths out.
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -171,7 +132,7 @@ class VsftpdServer final : public LocalServer
 {
 public:
     explicit VsftpdServer(const QString &root, int bytesPerSecond = 0)
-        : LocalServer("ftp", "/usr/sbin/vsftpd")
+        : LocalServer("/usr/sbin/vsftpd")
     {
         openToAll(root);
         const QString work = m_work.path();
@@ -200,8 +161,7 @@ class ProftpdServer final : public LocalServer
 {
 public:
     explicit ProftpdServer(const QString &root, int bytesPerSecond = 0)
-        : LocalServer("ftp",
-                      qEnvironmentVariable("CORVANE_BIN_DIR") + "/../proftpd/usr/sbin/proftpd")
+        : LocalServer(qEnvironmentVariable("CORVANE_BIN_DIR") + "/../proftpd/usr/sbin/proftpd")
     {
         openToAll(root);
         const QString work = m_work.path();
