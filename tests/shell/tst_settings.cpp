@@ -127,20 +127,11 @@ private Q_SLOTS:
         QTest::newRow("21 lines leave ext empty")
             << fullFile()
             << QStringList{"defdir=/srv/bajadas/", "histrut=/srv/historial.rtf", "ext="} << "";
-        QTest::newRow("folder gains separator")
-            << edited({{1, "/srv/descargas"}}) << QStringList{"defdir=/srv/descargas/"} << "";
         // The comma ends the field; what follows it is the next value and everything shifts.
         QTest::newRow("comma in segs")
             << edited({{6, "12,5"}})
             << QStringList{"segs=12", "segsv=12", "veces=5", "vecesv=5", "delinc=0"}
             << "Valor no válido en corvane.ini: \"5\" no es 0 ni 1 en una casilla";
-        QTest::newRow("lenient numbers")
-            << edited({{2, "0 no"}, {12, "15 segundos"}, {21, " 250 "}})
-            << QStringList{"initstart=0", "wait=15", "waitv=15", "histsize=250", "hsizet=250"}
-            << "";
-        QTest::newRow("last True wins, numbers as options")
-            << edited({{14, "-1"}, {15, "0"}, {16, "True"}, {17, "False"}, {18, "True"}})
-            << QStringList{"autoact=1", "notact=0", "msgno=0", "msgdialog=0", "msgsys=1"} << "";
         QTest::newRow("truncated keeps what was read") << edited({{2, " 0 "}, {6, "30"}}).mid(0, 12)
                                                        << QStringList{"defdir=/srv/bajadas/",
                                                                       "initstart=0",
@@ -279,7 +270,6 @@ private Q_SLOTS:
         QTest::addColumn<bool>("taken");
         QTest::addColumn<QString>("answer");
         QTest::newRow("folder cancelled") << "brdir" << false << "";
-        QTest::newRow("antivirus pattern") << "brvirus" << false << "*.exe";
         QTest::newRow("history chosen") << "histbr" << true << "/srv/h.rtf";
     }
 

@@ -36,12 +36,10 @@ struct Started : SettingsFixture
 {
     std::unique_ptr<Program> program;
     MainWindow *main = nullptr;
-    QString dataDir; // where the files shipped with the program are; the folder's own when empty
     void start()
     {
         QVERIFY(saveQuiet());
-        program =
-            std::make_unique<Program>(ProgramFolder(dir.path(), dataDir), QStringList(), desktop);
+        program = std::make_unique<Program>(ProgramFolder(dir.path()), QStringList(), desktop);
         program->start();
         QTRY_VERIFY(program->mainWindow() && program->mainWindow()->isVisible());
         main = program->mainWindow();
@@ -272,24 +270,6 @@ private Q_SLOTS:
         QCOMPARE(f.read("quick.lst"), atStart
                                           ? QByteArray("http://a/1\r\n")
                                           : QByteArray("http://127.0.0.1:9/b\r\nhttp://a/1\r\n"));
-    }
-
-    // Help, from the tray's menu, is a file shipped with the program, not one of the user's
-    // folder.
-    void help()
-    {
-        Started f;
-        f.dataDir = "/datos";
-        f.start();
-        QMenu *systr = nullptr;
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
-            if (widget->objectName() == "systr")
-                systr = qobject_cast<QMenu *>(widget);
-        }
-        QVERIFY(systr);
-        systr->findChild<QAction *>("ayuda")->trigger();
-        QCOMPARE(f.desktop.callsOf("openFile"), QStringList{"/datos/help.html"});
-        f.main->close();
     }
 
     void recentDownloads()

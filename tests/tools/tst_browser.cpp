@@ -9,7 +9,6 @@
 #include <QApplication>
 #include <QEventLoop>
 #include <QLabel>
-#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTemporaryDir>
@@ -199,26 +198,6 @@ private Q_SLOTS:
         qputenv("CORVANE_HOME_PAGE", variable);
         QTEST(::homePage("/opt/corvane"), "page");
         qunsetenv("CORVANE_HOME_PAGE");
-    }
-
-    // The page chosen when building is beside the program, and its "zelq:" examples are addresses
-    // the program accepts.
-    void startPage()
-    {
-        const QUrl page = ::homePage(qEnvironmentVariable("CORVANE_BIN_DIR"));
-        if (!page.isLocalFile())
-            QSKIP("The home page chosen when building is an address");
-        QFile file(page.toLocalFile());
-        QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(page.toLocalFile()));
-        static const QRegularExpression link(QStringLiteral("href=\"zelq:([^\"]*)\""));
-        int examples = 0;
-        for (const auto &match : link.globalMatch(QString::fromUtf8(file.readAll()))) {
-            ++examples;
-            QVERIFY2(
-                QRegularExpression("^(http|ftp)://[^/]+/.").match(match.captured(1)).hasMatch(),
-                qPrintable(match.captured(1)));
-        }
-        QVERIFY(examples >= 2);
     }
 
     void windowOpened()

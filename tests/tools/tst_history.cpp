@@ -4,8 +4,6 @@
 #include "historywindow.h"
 #include "settings.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QRandomGenerator>
@@ -18,7 +16,7 @@ using Runs = QList<RtfRun>;
 namespace {
 
 constexpr quint32 Red = HistoryColour::Red, Black = HistoryColour::Black,
-                  Green = HistoryColour::Green, Blue = 0xFF0000;
+                  Green = HistoryColour::Green;
 
 // "colour:text | colour:text ...", neighbours of one colour joined, colours 0x00BBGGRR in
 // decimal: one description for documents, the log and what its window shows.
@@ -195,26 +193,16 @@ private Q_SLOTS:
             QVERIFY2(message.startsWith("Critical|Argumento no válido"), qPrintable(message));
     }
 
-    void randomLog_data()
-    {
-        QTest::addColumn<quint32>("seed");
-        QTest::addColumn<int>("histsize");
-        QTest::newRow("seed 1, 1 Kbyte") << 1u << 1;
-        QTest::newRow("seed 9, histsize 0") << 9u << 0;
-    }
-
     // Whatever is appended, trimmed and cleared, the length kept equals that of the file written,
     // which is ASCII, reads back as the log and is written again the same; the window shows
     // exactly the log.
     void randomLog()
     {
-        QFETCH(quint32, seed);
-        QFETCH(int, histsize);
         HistoryFixture f;
-        f.settings.histsize = histsize;
+        f.settings.histsize = 1;
         HistoryWindow window(f.log);
         const QTextDocument &shown = *window.findChild<QPlainTextEdit *>("texto")->document();
-        QRandomGenerator random(seed);
+        QRandomGenerator random(1);
         const QStringList words{"Descargando", "ñandú", "{x}",  "C:\\dir\\",  "\\par \\'e9",
                                 "\t",          "€",     "😀",    "“x” Ā 日本", "\u00a0\x7f\x01",
                                 "\r",          "\n",    "\r\n", " ",          "a las",
@@ -236,7 +224,7 @@ private Q_SLOTS:
             QCOMPARE(Rtf::write(Rtf::read(written).value()), written);
             QCOMPARE(describe(shown), describe(f.log.document().runs));
         }
-        QVERIFY(histsize == 0 || f.log.rtfLength() <= histsize * 1024);
+        QVERIFY(f.log.rtfLength() <= 1024);
     }
 
     void runAfterRun()
@@ -284,13 +272,11 @@ private Q_SLOTS:
                                  "documento RTF. Se ha guardado como %1/historial.rtf.1.bak y el "
                                  "historial empieza vacío.";
         const QString unsaved = "Critical|No se ha podido guardar el historial en %1: ";
-        row("empty file", "historial.rtf", "", "");
         row("truncated", "historial.rtf",
             "{\\rtf1{\\colortbl;\\red0\\green0\\blue255;}\\cf1 uno\\par do", "uno\r\ndo");
         // Kept under a free name, never overwritten.
         row("binary", "historial.rtf", QByteArray::fromHex("7f454c46020101000000"), "", setAside);
         row("a folder at histrut", "carpeta", {}, "", unsaved.arg("%1/carpeta"));
-        row("empty histrut", "", {}, "", unsaved.arg(""));
     }
 
     // The log starts from what could be read; what cannot be saved is said.
@@ -306,7 +292,7 @@ private Q_SLOTS:
         f.writeFile("historial.rtf.bak", "older");
         if (!content.isNull())
             f.writeFile("historial.rtf", content);
-        f.settings.histrut = histrut.isEmpty() ? QString() : f.path(histrut);
+        f.settings.histrut = f.path(histrut);
         f.log.open();
         QCOMPARE(f.log.text(), text + StartLine);
         QCOMPARE(f.log.close(), !message.startsWith("Critical"));
@@ -341,7 +327,7 @@ private Q_SLOTS:
         QCOMPARE(f.readFile("historial.rtf").size(), f.log.rtfLength());
     }
 
-    void savehistAndDelhist()
+    void savehist()
     {
         HistoryFixture f;
         f.log.append("\r\nConfiguración cambiada a las 09:03:08", Black);
@@ -350,18 +336,10 @@ private Q_SLOTS:
         QCOMPARE(f.readFile("copia.rtf"), Rtf::write(f.log.document()));
         QVERIFY(!f.log.savehist()); // cancelled
         QCOMPARE(f.desktop.callsOf("saveFileDialog"), QStringList({"|*.rtf", "|*.rtf"}));
-
-        f.log.clear();
-        f.log.append("\r\nDescargando z a w", Green);
-        QVERIFY(f.log.close());
-        QCOMPARE(textOf(f.readFile("historial.rtf")), "\r\nDescargando z a w\r\n" + EndLine);
-        QCOMPARE(QDir(f.dir.path()).entryList(QDir::Files),
-                 QStringList({"copia.rtf", "historial.rtf"}));
     }
 
     // Written by hand as a word processor would: font table, style sheet, information, bookmark,
-    // field, a picture with binary data. The window shows its text in colour; the person can
-    // select and copy it but not change it.
+    // field, a picture with binary data. The window shows its text in colour, not to be changed.
     void windowShowsAForeignFile()
     {
         HistoryFixture f;
@@ -383,15 +361,7 @@ private Q_SLOTS:
                               " | 255:fin {llaves}\r\n" +
                               StartLine;
         QCOMPARE(describe(*texto->document()), shown);
-
-        texto->setFocus();
-        QTest::keyClicks(texto, "hola");
-        QTest::keyClick(texto, Qt::Key_Backspace);
-        QTest::keyClick(texto, Qt::Key_Delete);
-        QCOMPARE(describe(*texto->document()), shown);
-        QTest::keyClick(texto, Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClick(texto, Qt::Key_C, Qt::ControlModifier);
-        QCOMPARE(QApplication::clipboard()->text(), f.log.text().replace("\r\n", "\n"));
+        QVERIFY(texto->isReadOnly());
     }
 };
 
