@@ -5,6 +5,7 @@
 #include "fakedesktop.h"
 #include "ftpreply.h"
 #include "httpresponse.h"
+#include "textfile.h"
 #include "urls.h"
 
 #include <QTest>
@@ -91,6 +92,15 @@ const QHash<QString, std::function<QString(const QByteArray &)>> Pieces{
                  split << QString::fromUtf8(line);
          }
          return split == replies ? joined(replies) : QStringLiteral("cut differently");
+     }},
+    // Each field until the end, then what one more read gives.
+    {"fields",
+     [](const QByteArray &text) {
+         TextFileReader reader(text);
+         QStringList values;
+         while (!reader.atEnd())
+             values << reader.readField();
+         return joined(values << orFailure([&] { return reader.readField(); }));
      }},
     {"extended passive",
      [](const QByteArray &line) { return QString::number(Ftp::extendedPassivePort(line)); }},
@@ -199,6 +209,7 @@ void TestParsing::pieces_data()
     row("inside address", "127.0.0.1 ::1", "peer");
     row("passive", "227 ok (127, 0, 0, 1, 200, 1)\r", "127.0.0.1:51201");
     row("passive", "227 (1,2,3,4,72057594037927937,1)\r", "Failure"); // 2^56 + 1: overflow
+    row("fields", "\"a\r\nb\"\r\nc\r\n", "a | b\" | c | Failure");    // quotes end with the line
 }
 
 void TestParsing::pieces()
