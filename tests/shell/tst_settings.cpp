@@ -1,5 +1,4 @@
 #include "cfgwindow.h"
-#include "ftplogindialog.h"
 #include "settingsfixture.h"
 
 #include <QCheckBox>
@@ -228,16 +227,12 @@ private Q_SLOTS:
         QVERIFY(!f.child<QCheckBox>("portapapeles")->isChecked());
         f.child<QCheckBox>("portapapeles")->click();
         f.child<QRadioButton>("msgno")->click();
-        f.child<QRadioButton>("autoact")->click();
-        auto *extList = f.child<QListWidget>("ext");
-        extList->clearSelection();
-        f.click("del"); // nothing selected: nothing goes
-        f.desktop.inputAnswers = {QString(".exe"), QString(), std::nullopt, QString("iso")};
-        for (int i = 0; i < 4; ++i)
+        f.desktop.inputAnswers = {QString(".exe"), std::nullopt, QString("iso")};
+        for (int i = 0; i < 3; ++i)
             f.click("add");
-        extList->setCurrentRow(1);
+        f.child<QListWidget>("ext")->setCurrentRow(1);
         f.click("del");
-        // Added as typed, duplicates kept; an empty or cancelled answer adds nothing.
+        // Added as typed, duplicates kept; a cancelled answer adds nothing.
         QStringList ext = DefaultExt.split('|') + QStringList{".exe", "iso"};
         ext.removeAt(1);
         QCOMPARE(f.ext(), ext);
@@ -262,57 +257,6 @@ private Q_SLOTS:
         QCOMPARE(read.extra().portapapeles, button == "acept");
         QCOMPARE(f.history.lines.size(), button == "cancel" ? 0 : 1);
         QCOMPARE(f.desktop.callsOf("messageBox"), QStringList());
-    }
-
-    void browse_data()
-    {
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<bool>("taken");
-        QTest::addColumn<QString>("answer");
-        QTest::newRow("folder cancelled") << "brdir" << false << "";
-        QTest::newRow("history chosen") << "histbr" << true << "/srv/h.rtf";
-    }
-
-    void browse()
-    {
-        QFETCH(QString, button);
-        QFETCH(bool, taken);
-        QFETCH(QString, answer);
-        const QHash<QString, QString> boxes{
-            {"brdir", "defdir"}, {"brvirus", "virus"}, {"histbr", "histrut"}};
-        WindowFixture f;
-        auto *edit = f.child<QLineEdit>(boxes.value(button));
-        const QString old = edit->text();
-        f.desktop.fileAnswers.push_back(answer);
-
-        f.click(button);
-
-        QCOMPARE(edit->text(), taken ? answer : old);
-        QCOMPARE(f.desktop.calls.size(), 1);
-        if (button == "histbr")
-            QCOMPARE(f.desktop.calls.first(), "saveFileDialog|" + old + "|*.rtf");
-    }
-
-    void ftpLoginDialog()
-    {
-        FtpLoginDialog dialog;
-        auto *remember = dialog.findChild<QCheckBox *>("remember");
-        // A click in a box selects what it holds, so what is typed replaces it.
-        dialog.show();
-        QVERIFY(QTest::qWaitForWindowActive(&dialog));
-        for (const QString name : {"password", "username"}) {
-            auto *edit = dialog.findChild<QLineEdit *>(name);
-            edit->deselect();
-            QTest::mouseClick(edit, Qt::LeftButton);
-            QTRY_COMPARE(edit->selectedText(), edit->text());
-            QTest::keyClicks(edit, name == "password" ? "secreta" : "ana");
-        }
-        remember->click();
-        QTest::mouseClick(dialog.findChild<QPushButton *>("aceptar"), Qt::LeftButton);
-        QVERIFY(!dialog.isVisible());
-        const FtpCredentials typed = dialog.credentials();
-        QCOMPARE((QStringList{typed.usernm, typed.passw}), (QStringList{"ana", "secreta"}));
-        QVERIFY(typed.rememb);
     }
 };
 
