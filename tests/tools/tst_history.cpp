@@ -311,22 +311,6 @@ private Q_SLOTS:
         QCOMPARE(f.readFile("historial.rtf.bak") + f.readFile("archivo"), "olderno es una carpeta");
     }
 
-    void hugeFile()
-    {
-        // 50 MB of log with a 10 Kbyte limit: opening trims it to the last lines.
-        HistoryFixture f;
-        const QString line = QStringLiteral("Descargando http://servidor/archivo.zip a /descargas/"
-                                            "archivo.zip a las 10:00:00\r\n");
-        const QString all = line.repeated(50'000'000 / int(Rtf::textLength(line)));
-        f.writeFile("historial.rtf",
-                    Rtf::write(RtfDocument{{}, {{all, Black}, {"última", Green}}}));
-        f.log.open();
-        QVERIFY(f.log.rtfLength() <= 10 * 1024);
-        QVERIFY(f.log.text().endsWith(line + "última" + StartLine));
-        QVERIFY(f.log.close());
-        QCOMPARE(f.readFile("historial.rtf").size(), f.log.rtfLength());
-    }
-
     void savehist()
     {
         HistoryFixture f;

@@ -16,7 +16,6 @@
 #include <QRegularExpression>
 #include <QStringListModel>
 #include <QTest>
-#include <QTimer>
 
 namespace {
 
@@ -251,30 +250,6 @@ private Q_SLOTS:
         // busy machine let pile up.
         QVERIFY(f.model.fetch().code().size() < 32 * 1024 * 1024);
         QVERIFY(f.child<QPushButton>("obtener")->isEnabled());
-    }
-
-    // A page of 20 000 links: the window keeps answering while they are added.
-    void bigPageKeepsAnswering()
-    {
-        Fixture f;
-        QByteArray big;
-        for (int i = 0; i < 20000; ++i)
-            big += "<p><a href=\"f" + QByteArray::number(i) + ".zip\">f</a>" + QByteArray(250, 'x');
-        ScriptedHttpServer server([&](const QByteArray &, int) { return page(big); });
-        f.open();
-        // A timer due at once fires while the addresses are being added.
-        qsizetype seenWhileScanning = 0;
-        QTimer ticker;
-        QObject::connect(&ticker, &QTimer::timeout, &f.grabber, [&] {
-            if (f.model.scanning() && seenWhileScanning == 0)
-                seenWhileScanning = f.model.si().size() + f.model.no().size();
-        });
-        ticker.start(0);
-
-        f.fetch(server.url("big.html"));
-
-        QVERIFY(seenWhileScanning > 0 && seenWhileScanning < 20000);
-        QCOMPARE(f.w->windowTitle(), "20000 direcciones encontradas");
     }
 
     void editingAndAddtolist()

@@ -2,12 +2,10 @@
 #include "detailwindow.h"
 #include "download.h"
 #include "enginefixture.h"
-#include "grafica.h"
 #include "graphmodel.h"
 #include "inactivewindow.h"
 #include "rowframe.h"
 #include "scriptedhttpserver.h"
-#include "statswindow.h"
 #include "tarta.h"
 #include "transfer.h"
 
@@ -19,10 +17,8 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
-#include <QProgressBar>
 #include <QRegularExpression>
 #include <QScrollBar>
-#include <QSignalSpy>
 #include <QTest>
 #include <QToolButton>
 
@@ -160,11 +156,6 @@ QStringList enabledItems(const QMenu *menu)
     return names;
 }
 
-QLabel *label(const download &row, const char *name)
-{
-    return row.findChild<QLabel *>(name);
-}
-
 } // namespace
 
 class TestViews : public QObject
@@ -172,36 +163,6 @@ class TestViews : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // Progress above 100 shows as 100; markup is shown as it is. The lock takes
-    // the place of the percentage and does not answer double clicks.
-    void rowTexts()
-    {
-        download row;
-        row.resize(645, 20);
-        row.show();
-        RowContent content;
-        const auto shown = [&](int percent) {
-            content.bytes = QString::number(percent) + " Kb";
-            content.porcentaje = percent;
-            row.showContent(content);
-            return QStringList{label(row, "nbytes")->text(), label(row, "porciento")->text(),
-                               QString::number(row.findChild<QProgressBar *>("avance")->value())};
-        };
-        QCOMPARE(shown(150), (QStringList{"150 Kb", "100%", "100"}));
-
-        row.setArchivo("<b>negrita</b>");
-        QCOMPARE(label(row, "filename")->textFormat(), Qt::PlainText);
-
-        QSignalSpy doubles(&row, &download::DblClick);
-        QLabel *candado = label(row, "candado");
-        row.setLocked(true);
-        QVERIFY(candado->isVisible() && !label(row, "porciento")->isVisible());
-        QTest::mouseDClick(candado, Qt::LeftButton);
-        QCOMPARE(doubles.size(), 0);
-        row.setLocked(false);
-        QVERIFY(!candado->isVisible() && label(row, "porciento")->isVisible());
-    }
-
     // A screen reader names every toolbar button by its tooltip and every field by its label.
     void accessibleNames()
     {
@@ -531,25 +492,6 @@ private Q_SLOTS:
                               QString::number(1025.0 / 2048)}));
     }
 
-    // The window `estadisticas` takes the active list's total speed and shows the last nine
-    // values with their labels. The scale starts at 20 and only grows, to 20 above a value
-    // beyond it.
-    void graph()
-    {
-        EngineFixture e;
-        StatsWindow window(e.active);
-        window.show();
-        auto *graph = window.findChild<Grafica *>("Grafica");
-        QCOMPARE(graph->Max(), 20);
-        for (int value : {25, 45, 30})
-            Q_EMIT e.active.totalSpeed(value);
-        QCOMPARE(graph->Max(), 45);
-        QStringList labels;
-        for (const QLabel *label : graph->findChildren<QLabel *>("texto"))
-            labels << label->text();
-        QCOMPARE(labels.mid(6).join(", "), QStringLiteral("25 Kb/seg, 45 Kb/seg, 30 Kb/seg"));
-    }
-
     // The labels of a speed that stays, rises or drops to 0, in graphs from roomy to cramped:
     // each stands by its own point, none touches another label or a point, none leaves the
     // graph; where nine cannot stand apart there is no placing (the font is made smaller).
@@ -562,13 +504,11 @@ private Q_SLOTS:
         const QList<int> flat{2035, 2036, 1952, 2000, 1995, 2008, 2001, 1998, 2003};
         const QList<int> rising{0, 300, 600, 900, 1200, 1500, 1800, 2100, 2400};
         const QList<int> dropping{2400, 2400, 2300, 2000, 1200, 400, 0, 0, 0};
-        const QList<int> idle(9, 0);
         for (const QSize area : {QSize(900, 300), QSize(300, 110)}) {
             const QString size = QString(" %1x%2").arg(area.width()).arg(area.height());
             QTest::addRow("flat%s", qPrintable(size)) << flat << area << QSize(62, 14) << true;
             QTest::addRow("rising%s", qPrintable(size)) << rising << area << QSize(62, 14) << true;
             QTest::addRow("to 0%s", qPrintable(size)) << dropping << area << QSize(62, 14) << true;
-            QTest::addRow("idle%s", qPrintable(size)) << idle << area << QSize(46, 14) << true;
         }
         QTest::newRow("smaller font") << flat << QSize(240, 100) << QSize(48, 11) << true;
         QTest::newRow("too cramped") << flat << QSize(240, 60) << QSize(62, 14) << false;
