@@ -39,7 +39,6 @@ private Q_SLOTS:
     void loading();
     void limits();
     void queueMoves();
-    void typedAddresses_data();
     void typedAddresses();
     void quickAddQuestions();
     void retryBudget();
@@ -221,54 +220,27 @@ void TestLists::queueMoves()
     QVERIFY(f.history.lines[0].startsWith("Se continúa la descarga de " + f.path("a") + " a las "));
 }
 
-void TestLists::typedAddresses_data()
-{
-    QTest::addColumn<bool>("prompt");       // the new-URL prompt, else the quick-add bar
-    QTest::addColumn<QString>("clipboard"); // offered by the prompt when it is an address
-    QTest::addColumn<QString>("text");      // null: the prompt is cancelled
-    QTest::addColumn<QString>("added");     // empty: nothing added, `message` shown
-    QTest::addColumn<QString>("message");
-    const auto row = [](const char *tag, bool prompt, const char *clipboard, const char *text,
-                        const char *added, const QString &message = {}) {
-        QTest::newRow(tag) << prompt << QString(clipboard) << QString(text) << QString(added)
-                           << message;
-    };
-    row("bar: blanks around dropped, inner ones as in a request", false, "",
-        "  http://127.0.0.1:9/mi archivo.zip \t", "http://127.0.0.1:9/mi%20archivo.zip");
-    row("bar: line break inside", false, "", "http://127.0.0.1:9/a\r\nb.zip", "",
-        "La dirección contiene caracteres no válidos.");
-    row("prompt: clipboard offered, dots resolved", true, "http://127.0.0.1:9/a/b",
-        "http://127.0.0.1:9/a/../c.zip", "http://127.0.0.1:9/c.zip");
-    row("prompt: other text not offered, cancelled", true, "hola", nullptr, "");
-}
-
+// What a person types: blanks around dropped, inner ones as in a request, a line break refused.
+// The prompt offers the clipboard when it holds an address, and resolves dots.
 void TestLists::typedAddresses()
 {
-    QFETCH(bool, prompt);
-    QFETCH(QString, clipboard);
-    QFETCH(QString, text);
-    QFETCH(QString, added);
-    QFETCH(QString, message);
     EngineFixture f;
     QuickAdd quick(f.active, f.inactive, f.settings, f.desktop, f.history);
-    f.desktop.inputAnswers = {text.isNull() ? std::nullopt : std::optional(text)};
-    const QString path = prompt ? quick.newurl(clipboard) : quick.add(text);
-    QStringList calls;
-    if (prompt)
-        calls << "inputBox|Escriba aquí la dirección del archivo|" +
-                     (clipboard.contains("://") ? clipboard : QString());
-    if (!message.isEmpty())
-        calls << "messageBox|Critical|" + message;
-    QCOMPARE(f.desktop.calls, calls);
-    QCOMPARE(f.active.rowCount(), added.isEmpty() ? 1 : 2);
-    if (added.isEmpty()) {
-        QVERIFY(path.isEmpty() && f.history.lines.isEmpty());
-        return;
-    }
-    // The file name has its blanks back.
-    QCOMPARE(path, f.path(FileNameOf(added)));
+    const QString added = "http://127.0.0.1:9/mi%20archivo.zip";
+    QCOMPARE(quick.add("  http://127.0.0.1:9/mi archivo.zip \t"), f.path("mi archivo.zip"));
     QCOMPARE(f.active.slot(1).Data, added);
-    QCOMPARE(f.history.lines, QStringList{"\r\nDescargando " + added + " a " + path});
+    QCOMPARE(f.history.lines,
+             QStringList{"\r\nDescargando " + added + " a " + f.path("mi archivo.zip")});
+    QVERIFY(quick.add("http://127.0.0.1:9/a\r\nb.zip").isEmpty());
+    f.desktop.inputAnswers = {QStringLiteral("http://127.0.0.1:9/a/../c.zip"), std::nullopt};
+    QCOMPARE(quick.newurl("http://127.0.0.1:9/a/b"), f.path("c.zip"));
+    QCOMPARE(f.active.slot(2).Data, QStringLiteral("http://127.0.0.1:9/c.zip"));
+    QVERIFY(quick.newurl("hola").isEmpty());
+    const QString prompt = "inputBox|Escriba aquí la dirección del archivo|";
+    QCOMPARE(f.desktop.calls,
+             (QStringList{"messageBox|Critical|La dirección contiene caracteres no válidos.",
+                          prompt + "http://127.0.0.1:9/a/b", prompt}));
+    QCOMPARE(f.active.rowCount(), 3);
 }
 
 void TestLists::quickAddQuestions()
