@@ -216,8 +216,6 @@ private Q_SLOTS:
                 {url});
         };
         adds("zelq:", "zelq", "http://127.0.0.1/archivo.zip");
-        // `añadir` refuses an empty address with its own message; no notice follows.
-        row("zelq: without an address", "empty", {}, {""});
         row("target=_blank", "blank", {});
         row("newwin:", "newwin", {"openUrl|http://127.0.0.1/fuera.html"});
     }
