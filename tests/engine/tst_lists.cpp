@@ -37,7 +37,6 @@ private Q_SLOTS:
     void listFiles();
     void loading_data();
     void loading();
-    void limits();
     void queueMoves();
     void typedAddresses();
     void quickAddQuestions();
@@ -172,30 +171,6 @@ void TestLists::loading()
     QVERIFY2(boxes[0].startsWith("Critical|" + message), qPrintable(boxes[0]));
     QVERIFY(boxes[0].endsWith("|Error"));
     QCOMPARE(f.read(active ? "activas.dwn" : "inactivas.dwn"), content);
-}
-
-void TestLists::limits()
-{
-    EngineFixture f;
-    f.settings.maxdescval = 3;
-    for (const char *name : {"a", "b", "c"}) {
-        f.desktop.fileAnswers.push_back(f.path(name));
-        f.active.AgregarArrastrando(QStringLiteral("http://127.0.0.1:9/") + name);
-    }
-    // The template row counts: two run, the third waits in the queue.
-    QCOMPARE(f.active.rowCount(), 3);
-    QCOMPARE(f.inactive.rowCount(), 2);
-    QCOMPARE(f.inactive.registro(1).path, f.path("c"));
-
-    // A cancelled save dialog adds nothing.
-    f.active.AgregarArrastrando(QStringLiteral("http://127.0.0.1:9/d"));
-    QCOMPARE(f.inactive.rowCount(), 2);
-
-    fillQueue(f);
-    f.desktop.fileAnswers.push_back(f.path("e"));
-    f.active.AgregarArrastrando(QStringLiteral("http://127.0.0.1:9/e"));
-    QCOMPARE(f.desktop.callsOf("messageBox"),
-             QStringList{"Critical|Se ha alcanzado el máximo de descargas en cola."});
 }
 
 // The queue's own moves; its commands are pressed in the window tests.
