@@ -274,23 +274,19 @@ private Q_SLOTS:
     void folders_data()
     {
         QTest::addColumn<bool>("installed");
-        QTest::addColumn<bool>("writable");
         QTest::addColumn<QString>("home");
         // The program folder, where msg/ is read, and where downloads go while the settings name no
         // folder: never in the hidden per-user folder.
         QTest::addColumn<QStringList>("chosen");
-        QTest::newRow("build folder")
-            << false << true << "" << QStringList{"exe", "exe", "exe/download"};
-        QTest::newRow("installed")
-            << true << true << "" << QStringList{"user", "share", "downloads"};
+        QTest::newRow("build folder") << false << "" << QStringList{"exe", "exe", "exe/download"};
+        QTest::newRow("installed") << true << "" << QStringList{"user", "share", "downloads"};
         QTest::newRow("installed, --home")
-            << true << false << "home" << QStringList{"home", "share", "home/download"};
+            << true << "home" << QStringList{"home", "share", "home/download"};
     }
 
     void folders()
     {
         QFETCH(bool, installed);
-        QFETCH(bool, writable);
         QFETCH(QString, home);
         QFETCH(QStringList, chosen);
         QTemporaryDir root;
@@ -303,13 +299,10 @@ private Q_SLOTS:
                                              {"home", root.filePath("home")},
                                              {"share", root.filePath("share/corvane")},
                                              {"downloads", root.filePath("Descargas")}};
-        const auto all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
-        QFile::setPermissions(exe, writable ? all : QFile::ReadOwner | QFile::ExeOwner);
         CommandLine command;
         command.home = places.value(home);
         const ProgramFolder folder =
             programFolderFor(command, exe, {places["user"], places["downloads"] + "/"});
-        QFile::setPermissions(exe, all);
         QCOMPARE(folder.dir(), places[chosen[0]]);
         QCOMPARE(folder.dataFile("msg"), places[chosen[1]] + "/msg");
         const QString place = chosen[2].section('/', 0, 0);
