@@ -1,5 +1,6 @@
 // FTP downloads end to end against the scripted server: the commands sent, byte for byte, and
-// the file written. The stock server (pyftpdlib) is in tst_realtimers.
+// the file written. How replies cut apart or run together are read is in tst_parsing; the stock
+// servers are in tst_realtimers.
 #include "enginefixture.h"
 #include "scriptedftpserver.h"
 
@@ -18,8 +19,6 @@ class TestFtp : public QObject
 private Q_SLOTS:
     void commandSequence_data();
     void commandSequence();
-    void replies_data();
-    void replies();
     void missingFile_data();
     void missingFile();
     void loginRefused();
@@ -37,9 +36,6 @@ void TestFtp::commandSequence_data()
         QTest::newRow(tag) << QString(path) << QString(user) << onDisk << refuseRest
                            << QByteArray(commands);
     };
-    row("fresh, nested folder", "pub/tools/x.zip", "anonymous", 0, false,
-        "USER anonymous, PASS freepwd, TYPE I, CWD /pub/tools, REST 0, SIZE x.zip, REST 0, PASV, "
-        "RETR x.zip");
     // A download reloaded from a list that kept no credentials.
     row("resume with no user name: anonymous", "pub/x.zip", "", 5000, false,
         "USER anonymous, PASS freepwd, TYPE I, CWD /pub, REST 0, SIZE x.zip, REST 5000, PASV, "
@@ -60,9 +56,9 @@ void TestFtp::commandSequence()
     QFETCH(bool, refuseRest);
     EngineFixture f;
     ScriptedFtpServer server(Content);
-    server.answer = [&](const QByteArray &line) -> std::optional<QList<QByteArray>> {
+    server.answer = [&](const QByteArray &line) -> std::optional<QByteArray> {
         if (refuseRest && line.startsWith("REST"))
-            return QList<QByteArray>{"502 No implementado\r\n"};
+            return "502 No implementado\r\n";
         return std::nullopt;
     };
     // What is on disk already: the true start of the file, or other bytes the server overwrites.
@@ -75,68 +71,11 @@ void TestFtp::commandSequence()
     QCOMPARE(f.active.slot(1).allowredo, !refuseRest);
 }
 
-void TestFtp::replies_data()
-{
-    using Answer = QHash<QByteArray, QList<QByteArray>>; // by command word
-    QTest::addColumn<QList<QByteArray>>("greeting");
-    QTest::addColumn<Answer>("answers");
-    QTest::addColumn<QByteArray>("passiveHost");
-    const QList<QByteArray> plain{"220 Hola\r\n"};
-    QTest::newRow("multi-line greeting in one piece")
-        << QList<QByteArray>{"220-Bienvenido\r\n220-Servidor de pruebas\r\n220 \r\n"} << Answer()
-        << QByteArray("127,0,0,1");
-    QTest::newRow("multi-line greeting in pieces")
-        << QList<QByteArray>{"220-Bienvenido\r\n", "220-Servidor\r\n220", " \r\n"} << Answer()
-        << QByteArray("127,0,0,1");
-    // The pipelined "REST 0" and "SIZE" answered in one read: the 350 is seen.
-    QTest::newRow("replies in one read")
-        << plain << Answer{{"SIZE", {"350 Seguimos\r\n213 150000\r\n"}}, {"REST0", {}}}
-        << QByteArray("127,0,0,1");
-    QList<QByteArray> bytes;
-    for (const char c : QByteArray("213 150000\r\n"))
-        bytes << QByteArray(1, c);
-    QTest::newRow("a reply cut at every byte")
-        << plain << Answer{{"SIZE", bytes}} << QByteArray("127,0,0,1");
-    QTest::newRow("multi-line reply in the middle")
-        << plain << Answer{{"CWD", {"250-Carpeta cambiada\r\n", "250-Mas texto\r\n250 Hecho\r\n"}}}
-        << QByteArray("127,0,0,1");
-    QTest::newRow("passive address 0.0.0.0") << plain << Answer() << QByteArray("0,0,0,0");
-}
-
-// However the replies are cut, each is read once, in order: one login, and a resume that sends
-// "REST" with the bytes on disk.
-void TestFtp::replies()
-{
-    using Answer = QHash<QByteArray, QList<QByteArray>>;
-    QFETCH(QList<QByteArray>, greeting);
-    QFETCH(Answer, answers);
-    EngineFixture f;
-    ScriptedFtpServer server(Content);
-    server.greeting = greeting;
-    QFETCH(QByteArray, passiveHost);
-    server.passiveHost = passiveHost;
-    server.answer = [&](const QByteArray &line) -> std::optional<QList<QByteArray>> {
-        const QByteArray word = line.trimmed().replace(' ', "").left(5);
-        for (const QByteArray &key : answers.keys()) {
-            if (word.startsWith(key))
-                return answers.take(key);
-        }
-        return std::nullopt;
-    };
-    f.write("x", Content.left(5000));
-    f.add(server.url("d/x"), "x", "anonymous", "freepwd");
-    QTRY_COMPARE_WITH_TIMEOUT(f.status(1), DownloadStatus::Finished, 10000);
-    QCOMPARE(server.commandWords().count("USER anonymous"), 1);
-    QVERIFY2(server.commandWords().contains("REST 5000, PASV, RETR x"), server.commandWords());
-    QCOMPARE(f.read("x"), Content);
-}
-
 void TestFtp::missingFile_data()
 {
     QTest::addColumn<QByteArray>("command");
     QTest::addColumn<QByteArray>("reply");
     QTest::newRow("folder") << QByteArray("CWD") << QByteArray("550 No existe\r\n");
-    QTest::newRow("size") << QByteArray("SIZE") << QByteArray("550 No existe\r\n");
     QTest::newRow("retrieve") << QByteArray("RETR") << QByteArray("553 No permitido\r\n");
 }
 
@@ -147,9 +86,9 @@ void TestFtp::missingFile()
     QFETCH(QByteArray, reply);
     EngineFixture f;
     ScriptedFtpServer server(Content);
-    server.answer = [&](const QByteArray &line) -> std::optional<QList<QByteArray>> {
+    server.answer = [&](const QByteArray &line) -> std::optional<QByteArray> {
         if (line.startsWith(command))
-            return QList<QByteArray>{reply};
+            return reply;
         return std::nullopt;
     };
     const QString url = server.url("pub/nada.iso");
@@ -164,9 +103,9 @@ void TestFtp::missingFile()
 void TestFtp::loginRefused()
 {
     // Both servers take only the password "buena".
-    const auto onlyBuena = [](const QByteArray &line) -> std::optional<QList<QByteArray>> {
-        if (line.startsWith("PASS") && line != "PASS buena\r\n")
-            return QList<QByteArray>{"530 Usuario incorrecto\r\n"};
+    const auto onlyBuena = [](const QByteArray &line) -> std::optional<QByteArray> {
+        if (line.startsWith("PASS") && line != "PASS buena")
+            return "530 Usuario incorrecto\r\n";
         return std::nullopt;
     };
     EngineFixture f;

@@ -1,5 +1,5 @@
-// HTTP and HTTPS downloads end to end against the scripted servers and a real nginx: the bytes
-// asked for, the file written, the messages shown.
+// HTTP and HTTPS downloads end to end against the scripted servers: the bytes asked for, the
+// file written, the messages shown.
 #include "enginefixture.h"
 #include "localservers.h"
 #include "scriptedhttpserver.h"
@@ -7,34 +7,21 @@
 #include "urls.h"
 
 #include <QSignalSpy>
-#include <QSslServer>
 #include <QTest>
-#include <unistd.h>
 
 namespace {
 
 const QByteArray Content = randomBytes(200000);
-// Chunks of 1, 7, 8192 and 1 MiB bytes.
-const QByteArray Big = randomBytes(1 + 7 + 8192 + 1024 * 1024);
 
-// `content` as a chunked reply in chunks of `sizes` (the last size repeated), sent in pieces cut
-// wherever a reader could trip: inside a size line, between its CR and LF, just inside the
-// data, between the data and its line end.
-HttpReply chunked(const QByteArray &content, const QList<int> &sizes,
+// `content` as a chunked reply in chunks of `size` bytes, ended by `ending`.
+HttpReply chunked(const QByteArray &content, int size,
                   const QByteArray &ending = "0\r\nX-Suma: 7\r\n\r\n")
 {
-    HttpReply reply;
-    reply.chunks = {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"};
-    QByteArray lineFeed;
-    for (qsizetype at = 0, i = 0; at < content.size(); ++i) {
-        const QByteArray data = content.mid(at, sizes[std::min(i, sizes.size() - 1)]);
-        const QByteArray size = QByteArray::number(data.size(), 16) + "\r\n";
-        reply.chunks << lineFeed + size.left(1) << size.mid(1, size.size() - 2)
-                     << size.right(1) + data.left(1) << data.mid(1) + "\r";
-        lineFeed = "\n";
-        at += data.size();
-    }
-    reply.chunks << lineFeed + ending;
+    HttpReply reply = HttpReply::of("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
+    for (qsizetype at = 0; at < content.size(); at += size)
+        reply.bytes += QByteArray::number(content.mid(at, size).size(), 16) + "\r\n" +
+                       content.mid(at, size) + "\r\n";
+    reply.bytes += ending;
     return reply;
 }
 
@@ -64,13 +51,14 @@ class TestHttp : public QObject
 
 private Q_SLOTS:
     void initTestCase();
+    void realServer_data();
+    void realServer();
     void resumeAfterDrop_data();
     void resumeAfterDrop();
     void silenceDropsOnce();
     void redirectsAcrossSchemes();
     void redirects_data();
     void redirects();
-    void resumeOfAnotherVersion_data();
     void resumeOfAnotherVersion();
     void namedByServer_data();
     void namedByServer();
@@ -79,8 +67,6 @@ private Q_SLOTS:
     void secureFailures();
     void replyEnds_data();
     void replyEnds();
-    void realServer_data();
-    void realServer();
 
 private:
     TestAuthority m_trusted;
@@ -99,47 +85,35 @@ void TestHttp::resumeAfterDrop_data()
 {
     QTest::addColumn<bool>("honourRange");
     QTest::addColumn<bool>("chunked");
-    QTest::addColumn<bool>("secure");
-    QTest::newRow("206: continues") << true << false << false;
-    QTest::newRow("200: starts again from the first byte") << false << false << false;
-    QTest::newRow("chunked 206: continues") << true << true << false;
-    QTest::newRow("chunked 200: starts again") << false << true << false;
-    QTest::newRow("https 206: continues") << true << false << true;
+    QTest::newRow("206: continues") << true << false;
+    QTest::newRow("200: starts again from the first byte") << false << false;
+    QTest::newRow("chunked 206: continues") << true << true;
 }
 
+// A partial file whose resume flag was saved as off: the 206 decides where the bytes go.
 void TestHttp::resumeAfterDrop()
 {
     QFETCH(bool, honourRange);
     QFETCH(bool, chunked);
-    QFETCH(bool, secure);
     EngineFixture f;
-    const auto serve = servingFile(honourRange, chunked, 30000);
-    ScriptedHttpServer server(serve, secure ? m_local.configuration() : QSslConfiguration());
-    QSignalSpy status(&f.active, &ActiveList::statusText);
+    ScriptedHttpServer server(servingFile(honourRange, chunked, 30000));
     const QString url = server.url("dir/f.bin");
-    f.add(url);
+    f.write("f.bin", honourRange ? Content.left(1000) : QByteArray(1000, 'x'));
+    f.active.addnew(ListRecord{.Data = url, .path = f.path("f.bin"), .bytes = 1001});
     QTRY_VERIFY(f.transfer(1).redoActive());
-    // Plain or secure, the same request; a fresh download asks for its whole range.
     QCOMPARE(server.requests().value(0),
              "GET /dir/f.bin HTTP/1.1\r\nUser-Agent: Corvane\r\nHost: " + HostLineOf(url).toUtf8() +
-                 "\r\nConnection: close\r\nRange: bytes=0-\r\n\r\n");
-    QCOMPARE(status.last().at(1).toString(),
-             "Se ha perdido la conexión con " + url + " . Reconectando...");
-    QCOMPARE(f.status(1), DownloadStatus::Connecting);
+                 "\r\nConnection: close\r\nRange: bytes=1000-\r\n\r\n");
     // Of a chunked body, the size line is framing, not file.
-    QCOMPARE(f.active.slot(1).bytes, chunked ? 30001 - 7 : 30001);
+    const int kept = (honourRange ? 31000 : 30000) - (chunked ? 7 : 0);
+    QCOMPARE(f.active.slot(1).bytes, kept + 1);
 
     f.transfer(1).redoTick();
     QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
-    QCOMPARE(ScriptedHttpServer::rangeStart(server.requests().value(1)), chunked ? 29993 : 30000);
+    QCOMPARE(ScriptedHttpServer::rangeStart(server.requests().value(1)), kept);
     QCOMPARE(f.read("f.bin"), Content);
     QCOMPARE(f.active.slot(1).allowredo, honourRange);
     QCOMPARE(f.active.slot(1).total, Content.size());
-    QCOMPARE(f.transfer(1).redoBudget(), 4);
-    QCOMPARE(f.active.row(1).porcentaje, 100);
-    QCOMPARE(f.history.lines.size(), 1);
-    QVERIFY(f.history.lines[0].startsWith("\r\nLa descarga de " + url + " a " + f.path("f.bin") +
-                                          " ha finalizado tras "));
 }
 
 // The ticks called by hand; tst_realtimers has the same with the real timers.
@@ -160,7 +134,6 @@ void TestHttp::silenceDropsOnce()
     QVERIFY(!f.transfer(1).redoActive());
     f.second();
     QVERIFY(f.transfer(1).redoActive());
-    QCOMPARE(f.active.slot(1).tiempo, 6);
     // Further silent seconds leave the waiting retry alone.
     f.second();
     QCOMPARE(f.transfer(1).redoBudget(), 5);
@@ -190,15 +163,8 @@ void TestHttp::redirectsAcrossSchemes()
         return HttpReply::of("HTTP/1.1 302 Found\nLocation: " + secure.url("b/f.bin").toLatin1() +
                              "\n\n");
     });
-    QSignalSpy status(&f.active, &ActiveList::statusText);
-    const QString url = first.url("a/f.bin");
-    f.add(url);
+    f.add(first.url("a/f.bin"));
     QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
-    QCOMPARE(status.first().at(1).toString(), "El archivo " + url + " ha sido movido a " +
-                                                  secure.url("b/f.bin") +
-                                                  ".Se reconectará a esa dirección");
-    QVERIFY(secure.requests().value(0).startsWith("GET /b/f.bin HTTP/1.1\r\n"));
-    QVERIFY(target.requests().value(0).startsWith("GET /c/f.bin HTTP/1.1\r\n"));
     QCOMPARE(f.active.slot(1).Data, target.url("c/f.bin"));
     QCOMPARE(f.read("f.bin"), Content);
 }
@@ -250,26 +216,16 @@ void TestHttp::redirects()
     QVERIFY(!QFile::exists(f.path("f.bin")));
 }
 
-void TestHttp::resumeOfAnotherVersion_data()
-{
-    QTest::addColumn<bool>("changed");
-    QTest::newRow("the same version goes on") << false;
-    QTest::newRow("a new version starts again") << true;
-}
-
 // The first reply's version goes with every resume; the server sends all of a file that changed
 // meanwhile, and nothing of the old one stays.
 void TestHttp::resumeOfAnotherVersion()
 {
-    QFETCH(bool, changed);
     const QByteArray newer = randomBytes(30000);
     EngineFixture f;
     ScriptedHttpServer server([&](const QByteArray &request, int index) {
-        const bool sameVersion = index == 0 || (!changed && request.contains("If-Range: \"v1\""));
-        HttpReply reply = sameVersion ? ScriptedHttpServer::file(Content, request, index > 0)
-                                      : ScriptedHttpServer::file(newer, request, false);
+        HttpReply reply = ScriptedHttpServer::file(index == 0 ? Content : newer, request, false);
         reply.bytes.replace("\r\n\r\n",
-                            sameVersion ? "\r\nETag: \"v1\"\r\n\r\n" : "\r\nETag: \"v2\"\r\n\r\n");
+                            index == 0 ? "\r\nETag: \"v1\"\r\n\r\n" : "\r\nETag: \"v2\"\r\n\r\n");
         reply.dropAfter = index == 0 ? reply.bytes.indexOf("\r\n\r\n") + 4 + 50000 : -1;
         return reply;
     });
@@ -279,8 +235,8 @@ void TestHttp::resumeOfAnotherVersion()
     f.transfer(1).redoTick();
     QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
     QVERIFY(server.requests().value(1).contains("\r\nRange: bytes=50000-\r\nIf-Range: \"v1\"\r\n"));
-    QCOMPARE(f.read("f.bin"), changed ? newer : Content);
-    QCOMPARE(f.active.slot(1).extras.validator, changed ? "\"v2\"" : "\"v1\"");
+    QCOMPARE(f.read("f.bin"), newer);
+    QCOMPARE(f.active.slot(1).extras.validator, "\"v2\"");
 
     // All of it there already: the server says so with 416.
     EngineFixture g;
@@ -298,13 +254,8 @@ void TestHttp::namedByServer_data()
 {
     QTest::addColumn<QByteArray>("disposition");
     QTest::addColumn<QString>("name");
-    QTest::newRow("quoted") << QByteArray("attachment; filename=\"informe final.pdf\"")
-                            << "informe final.pdf";
-    QTest::newRow("encoded") << QByteArray("attachment; filename*=UTF-8''%C3%B1u.txt") << "ñu.txt";
     QTest::newRow("taken") << QByteArray("attachment; filename=existe.txt") << "existe (1).txt";
     QTest::newRow("up and out") << QByteArray("inline; filename=\"../../.bashrc\"") << ".bashrc";
-    QTest::newRow("absolute") << QByteArray("attachment; filename=\"/etc/passwd\"") << "passwd";
-    QTest::newRow("empty") << QByteArray("attachment; filename=\"\"") << "get.php";
     QTest::newRow("dot dot") << QByteArray("attachment; filename=\"..\"") << "get.php";
 }
 
@@ -321,7 +272,6 @@ void TestHttp::namedByServer()
                             QByteArray("\r\nContent-Disposition: " + disposition + "\r\n\r\n"));
         return reply;
     });
-    QSignalSpy changed(&f.active, &DownloadList::changed);
     f.add(server.url("get.php?id=7"), "get.php");
     QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
     QCOMPARE(f.active.slot(1).path, f.path(name));
@@ -329,7 +279,6 @@ void TestHttp::namedByServer()
     // The empty file made before the reply came is gone.
     QCOMPARE(QFile::exists(f.path("get.php")), name == "get.php");
     QCOMPARE(f.read("existe.txt"), "mío");
-    QVERIFY(changed.size() >= 1);
 }
 
 // An IPv6 address, and a login in the address: sent as Basic, never shown.
@@ -340,7 +289,6 @@ void TestHttp::ipv6AndLogin()
                                  int) { return ScriptedHttpServer::file(Content, request, false); },
                               {}, QHostAddress::LocalHostIPv6);
     const QString url = server.url("f.bin");
-    QVERIFY(url.startsWith("http://[::1]:"));
     f.add(url.left(7) + "ana:s%40c%3Areta@" + url.mid(7));
     QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
     QCOMPARE(f.read("f.bin"), Content);
@@ -349,80 +297,36 @@ void TestHttp::ipv6AndLogin()
     const QByteArray basic = "\r\nAuthorization: Basic " + QByteArray("ana:s@c:reta").toBase64();
     QVERIFY(server.requests().value(0).contains(QByteArray(basic + "\r\n")));
     QCOMPARE(f.active.row(1).url, url);
-    QVERIFY(f.active.slot(1).rememb);
 }
 
 void TestHttp::secureFailures_data()
 {
-    QTest::addColumn<QString>("server");
-    QTest::addColumn<QString>("reason"); // empty: not final, a retry waits
-    QTest::newRow("signed by an authority not trusted") << "other authority"
+    QTest::addColumn<QString>("altNames");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("signed by an authority not trusted") << "IP:127.0.0.1"
                                                         << "lo firma una autoridad desconocida";
-    QTest::newRow("made out to another name") << "other name"
+    QTest::newRow("made out to another name") << "DNS:otro.invalid"
                                               << "es de otro nombre de servidor";
-    QTest::newRow("no handshake ever: the silence rule") << "silent"
-                                                         << "";
-    QTest::newRow("plain text instead of a handshake") << "plain text"
-                                                       << "";
-    QTest::newRow("garbage after the handshake") << "garbage"
-                                                 << "";
 }
 
+// A certificate refused is final at once: one connection, no retry waiting, not even an empty
+// file.
 void TestHttp::secureFailures()
 {
-    QFETCH(QString, server);
+    QFETCH(QString, altNames);
     QFETCH(QString, reason);
     TestAuthority other;
-    const ServerCertificate certificate =
-        server == "other authority" ? other.issue("otra", "IP:127.0.0.1")
-        : server == "other name"    ? m_trusted.issue("otro", "DNS:otro.invalid")
-                                    : m_local;
-    QVERIFY2(other.ok() && m_trusted.ok(), qPrintable(other.error() + m_trusted.error()));
+    TestAuthority &issuer = altNames.startsWith("IP") ? other : m_trusted;
+    const ServerCertificate certificate = issuer.issue("otro", altNames);
+    QVERIFY2(issuer.ok(), qPrintable(issuer.error()));
     ScriptedHttpServer tls(servingFile(true, false), certificate.configuration());
-    // A server that says nothing, answers in plain text, or sends bytes that are no TLS record
-    // once the handshake is done.
-    auto raw =
-        server == "garbage" ? std::make_unique<QSslServer>() : std::make_unique<QTcpServer>();
-    if (server == "garbage")
-        static_cast<QSslServer &>(*raw).setSslConfiguration(m_local.configuration());
-    raw->listen(QHostAddress::LocalHost, 0);
-    int rawConnections = 0;
-    connect(raw.get(), &QTcpServer::pendingConnectionAvailable, raw.get(), [&] {
-        ++rawConnections;
-        QTcpSocket *socket = raw->nextPendingConnection();
-        if (server == "plain text")
-            socket->write("HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\nhola");
-        if (server == "garbage") {
-            [[maybe_unused]] const auto sent =
-                ::write(int(socket->socketDescriptor()), "HTTP/1.1 200 OK\r\n\r\nhola", 23);
-        }
-    });
     EngineFixture f;
-    f.settings.waitv = 5;
-    QSignalSpy status(&f.active, &ActiveList::statusText);
-    QSignalSpy failed(&f.active, &ActiveList::downloadFailed);
-    const QString url = reason.isEmpty()
-                            ? QStringLiteral("https://127.0.0.1:%1/f.bin").arg(raw->serverPort())
-                            : tls.url("f.bin");
+    const QString url = tls.url("f.bin");
     f.add(url);
-    if (server == "silent") {
-        QTRY_COMPARE(rawConnections, 1);
-        for (int second = 0; second < 6; ++second)
-            f.second();
-    }
-    QTRY_VERIFY(f.status(1) == DownloadStatus::Exhausted || f.transfer(1).redoActive());
-    // Nothing could pass for the download.
-    QCOMPARE(f.read("f.bin"), QByteArray());
-    QVERIFY(f.status(1) != DownloadStatus::Finished);
-    QCOMPARE(f.status(1) == DownloadStatus::Exhausted, !reason.isEmpty());
-    if (reason.isEmpty())
-        return;
-    const QString text = "El certificado de seguridad de " + url + " no es válido: " + reason + ".";
-    QCOMPARE(status.last().at(0).value<StatusPanel>(), StatusPanel::Mensajes);
-    QCOMPARE(status.last().at(1).toString(), text);
-    QCOMPARE(f.desktop.callsOf("showMessageWindow"), QStringList{text + "|"});
-    QCOMPARE(failed.size(), 1);
-    // Final at once: one connection, no retry waiting, and not even an empty file.
+    QTRY_COMPARE(f.status(1), DownloadStatus::Exhausted);
+    QCOMPARE(
+        f.desktop.callsOf("showMessageWindow"),
+        QStringList{"El certificado de seguridad de " + url + " no es válido: " + reason + ".|"});
     QTest::qWait(100);
     QCOMPARE(tls.connections(), 1);
     QVERIFY(!f.transfer(1).redoActive());
@@ -434,76 +338,46 @@ void TestHttp::replyEnds_data()
     QTest::addColumn<HttpReply>("reply");
     // "finished", "lost" (a retry is waiting), or the message of a final failure.
     QTest::addColumn<QString>("end");
-    QTest::addColumn<QList<QByteArray>>("files"); // what the file may hold
+    QTest::addColumn<QByteArray>("file");
     QTest::addColumn<qint64>("total");
     const auto row = [](const char *tag, const HttpReply &reply, const QString &end,
-                        const QList<QByteArray> &files,
-                        qint64 total = 0) { QTest::newRow(tag) << reply << end << files << total; };
+                        const QByteArray &file,
+                        qint64 total = 0) { QTest::newRow(tag) << reply << end << file << total; };
     const auto failure = [&](const char *code, const QString &message) {
         row(code, HttpReply::of(QByteArray("HTTP/1.1 ") + code + " No\r\n\r\n"), message,
-            {QByteArray()});
+            QByteArray());
     };
     failure("404", "El archivo %1 no existe.");
-    failure("401", "Acceso denegado al archivo");
-    failure("500", "Error interno del servidor %1.");
-    failure("400", "Error de sintaxis en la petición");
     // No reply but a success reaches the file; a server that cannot answer now is asked again.
-    row("301 without Location",
-        HttpReply::of("HTTP/1.1 301 Moved\r\nContent-Length: 5\r\n\r\nmoved"),
-        "El servidor ha movido %1 a una dirección no válida.", {QByteArray()});
-    for (const char *status : {"403 Forbidden", "410 Gone", "416 Range Not Satisfiable"})
-        row(status,
-            HttpReply::of("HTTP/1.1 " + QByteArray(status) + "\r\nContent-Length: 5\r\n\r\nnope!"),
-            "El servidor ha rechazado la descarga de %1 (" + QString(status) + ").",
-            {QByteArray()});
-    for (const char *status : {"503 Busy\r\nRetry-After: 120", "429 Slow down", "502 Bad", "599 x"})
-        row(status, HttpReply::of("HTTP/1.1 " + QByteArray(status) + "\r\n\r\nlater"), "lost",
-            {QByteArray()});
+    row("403", HttpReply::of("HTTP/1.1 403 Forbidden\r\nContent-Length: 5\r\n\r\nnope!"),
+        "El servidor ha rechazado la descarga de %1 (403 Forbidden).", QByteArray());
+    row("503", HttpReply::of("HTTP/1.1 503 Busy\r\nRetry-After: 120\r\n\r\nlater"), "lost",
+        QByteArray());
     const QByteArray ok100 = "HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\n";
-    row("no length: the close ends it", ScriptedHttpServer::file(Content, "", false, false),
-        "finished", {Content});
-    row("three short of the length: finished", HttpReply::of(ok100 + Content.left(97)), "finished",
-        {Content.left(97)}, 100);
-    row("four short: lost", HttpReply::of(ok100 + Content.left(96)), "lost", {Content.left(96)},
-        100);
-    row("chunked, cut anywhere", chunked(Big, {1, 7, 8192, 1024 * 1024}), "finished", {Big},
-        Big.size());
-    HttpReply kept = chunked(Content, {30000});
+    row("four short: lost", HttpReply::of(ok100 + Content.left(96)), "lost", Content.left(96), 100);
+    HttpReply kept = chunked(Content, 30000);
     kept.stall = true;
-    row("chunked: the last chunk ends it, open or not", kept, "finished", {Content},
-        Content.size());
-    row("chunked, closed before the last chunk", chunked(Content, {50000}, ""), "lost", {Content});
-    // The bad framing alone ends it: the server keeps the connection open.
-    HttpReply notHex = chunked(Content.left(10), {5}, "zz\r\n");
-    notHex.stall = true;
-    row("chunked, size line not hexadecimal", notHex, "lost", {Content.left(10)});
-    // A size no download could still have left is no size: framing, not file.
-    for (const char *size : {"1000000000000", "00000000000000001"}) {
-        HttpReply huge;
-        huge.chunks = {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n",
-                       QByteArray(size) + "\r\n" + Content.left(1000)};
-        row(size, huge, "lost", {QByteArray()});
-    }
-    const QByteArray garbage("\x00\xff garbage \r\n\r\n", 15);
-    row("garbage is the file", HttpReply::of(garbage), "finished", {garbage});
+    row("chunked: the last chunk ends it, open or not", kept, "finished", Content, Content.size());
+    row("chunked, closed before the last chunk", chunked(Content, 50000, ""), "lost", Content);
+    // A size no download could still have left is no size: framing, not file. The bad framing
+    // alone ends it: the server keeps the connection open.
+    HttpReply hugeSize = chunked(Content.left(1000), 1000, "1000000000000\r\n" + Content);
+    hugeSize.stall = true;
+    row("chunk size beyond any download", hugeSize, "lost", Content.left(1000));
     // A head of a megabyte is no head: nothing of it is written.
     const QByteArray huge = "HTTP/1.1 200 OK\r\n" +
                             QByteArray("X-Relleno: aaaaaaaaaaaaaaaa\r\n").repeated(40000) +
                             "\r\nhola";
-    row("huge head", HttpReply::of(huge), "lost", {QByteArray()});
-    row("closed at once", HttpReply(), "finished", {QByteArray()});
+    row("huge head", HttpReply::of(huge), "lost", QByteArray());
     HttpReply split;
     split.chunks = {"HTT", "P/1.1 200 OK\r\nContent-Le", "ngth: 5\r\n\r", "\nhello"};
-    row("head split", split, "finished", {"hello"}, 5);
-    split.chunks = {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\n"};
-    row("closed inside the head", split, "lost", {QByteArray()});
+    row("head split", split, "finished", "hello", 5);
 }
 
 void TestHttp::replyEnds()
 {
     QFETCH(HttpReply, reply);
     QFETCH(QString, end);
-    QFETCH(QList<QByteArray>, files);
     EngineFixture f;
     ScriptedHttpServer server([&](const QByteArray &, int) { return reply; });
     QSignalSpy failed(&f.active, &ActiveList::downloadFailed);
@@ -519,7 +393,7 @@ void TestHttp::replyEnds()
     QCOMPARE(f.status(1) == DownloadStatus::Finished, end == "finished");
     QCOMPARE(f.transfer(1).redoActive(), end == "lost");
     QTEST(f.active.slot(1).total, "total");
-    QVERIFY(files.contains(f.read("f.bin")));
+    QTEST(f.read("f.bin"), "file");
     if (end == "finished" || end == "lost")
         return;
     QCOMPARE(f.status(1), DownloadStatus::Exhausted);
@@ -537,29 +411,23 @@ void TestHttp::realServer_data()
     QTest::newRow("https") << true;
 }
 
+// nginx on a port of its own, building its redirects from the Host line as many servers do (so
+// the line needs the port): 302, 301 with a relative Location, 307.
 void TestHttp::realServer()
 {
     QFETCH(bool, secure);
     const ServedFolder served("grande.bin", 3 * 1024 * 1024 + 17);
-    // The redirect is built from the Host line, as many servers do: it needs the port.
-    const auto nginx = std::make_unique<NginxServer>(
-        served.root.path(),
-        "location = /antes.bin { return 302 $scheme://$http_host/otra.bin; }\n"
-        "location = /otra.bin { return 301 /viejo.bin; }\n"
-        "location = /viejo.bin { return 307 $scheme://$http_host/grande.bin; }",
-        secure ? m_local : ServerCertificate());
-    QVERIFY2(nginx->start(), qPrintable(nginx->error()));
+    NginxServer nginx(served.root.path(),
+                      "location = /antes.bin { return 302 $scheme://$http_host/otra.bin; }\n"
+                      "location = /otra.bin { return 301 /viejo.bin; }\n"
+                      "location = /viejo.bin { return 307 $scheme://$http_host/grande.bin; }",
+                      secure ? m_local : ServerCertificate());
+    QVERIFY2(nginx.start(), qPrintable(nginx.error()));
     EngineFixture f;
-    f.add(nginx->url("antes.bin"), "nuevo.bin");
-    // A partial file whose resume flag was saved as off: the 206 decides where bytes go.
-    f.write("parcial.bin", served.bytes.left(1234567));
-    f.active.addnew(ListRecord{
-        .Data = nginx->url("grande.bin"), .path = f.path("parcial.bin"), .bytes = 1234568});
-    QTRY_VERIFY_WITH_TIMEOUT(
-        f.status(1) == DownloadStatus::Finished && f.status(2) == DownloadStatus::Finished, 20000);
+    f.add(nginx.url("antes.bin"), "nuevo.bin");
+    QTRY_COMPARE_WITH_TIMEOUT(f.status(1), DownloadStatus::Finished, 20000);
     QCOMPARE(f.read("nuevo.bin"), served.bytes);
-    QCOMPARE(f.read("parcial.bin"), served.bytes);
-    QCOMPARE(f.active.slot(2).bytesinicio, 1234568);
+    QCOMPARE(f.active.slot(1).Data, nginx.url("grande.bin"));
 }
 
 QTEST_GUILESS_MAIN(TestHttp)

@@ -1,6 +1,5 @@
-// The pure pieces of the engine: addresses, HTTP heads and chunk framing, FTP replies, the text
-// files and the texts shown. What the transfers make of them is tested end to end in tst_http
-// and tst_ftp, the list files byte for byte in tst_lists.
+// The pure pieces of the engine: addresses, HTTP heads and chunk framing, FTP replies. What the
+// transfers make of them is tested end to end in tst_http and tst_ftp.
 #include "chunkeddecoder.h"
 #include "failure.h"
 #include "fakedesktop.h"
@@ -8,10 +7,8 @@
 #include "httpresponse.h"
 #include "speedlimit.h"
 #include "textfile.h"
-#include "texts.h"
 #include "urls.h"
 
-#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
@@ -28,16 +25,6 @@ QString orFailure(const std::function<QString()> &piece)
 QString joined(const QStringList &parts)
 {
     return parts.join(QStringLiteral(" | "));
-}
-
-// Every value a reader gives until its end, then what one more read gives.
-template <typename Read> QString allRead(const QByteArray &content, Read read)
-{
-    TextFileReader reader(content);
-    QStringList values;
-    while (!reader.atEnd())
-        values.append((reader.*read)());
-    return joined(values << orFailure([&] { return (reader.*read)(); }));
 }
 
 // Each piece as a function of one text, giving its results as one text.
@@ -122,11 +109,14 @@ const QHash<QString, std::function<QString(const QByteArray &)>> Pieces{
          }
          return split == replies ? joined(replies) : QStringLiteral("cut differently");
      }},
-    // The folder to change to and the name to ask for.
-    {"ftp path",
-     [](const QByteArray &path) {
-         return joined(
-             {Ftp::directoryOf(QString::fromUtf8(path)), Ftp::remoteName(QString::fromUtf8(path))});
+    // Each field until the end, then what one more read gives.
+    {"fields",
+     [](const QByteArray &text) {
+         TextFileReader reader(text);
+         QStringList values;
+         while (!reader.atEnd())
+             values << reader.readField();
+         return joined(values << orFailure([&] { return reader.readField(); }));
      }},
     {"extended passive",
      [](const QByteArray &line) { return QString::number(Ftp::extendedPassivePort(line)); }},
@@ -137,26 +127,11 @@ const QHash<QString, std::function<QString(const QByteArray &)>> Pieces{
          return Ftp::announcesInsideAddress(both[0], both[1]) ? QStringLiteral("peer")
                                                               : QStringLiteral("announced");
      }},
-    {"ftp size", [](const QByteArray &line) { return QString::number(Ftp::sizeOf(line)); }},
     {"passive",
      [](const QByteArray &line) -> QString {
          const Ftp::Endpoint endpoint = Ftp::passiveEndpoint(line);
          return endpoint.host + ':' + QString::number(endpoint.port);
      }},
-    {"fields", [](const QByteArray &text) { return allRead(text, &TextFileReader::readField); }},
-    {"lines", [](const QByteArray &text) { return allRead(text, &TextFileReader::readLine); }},
-    {"boolean",
-     [](const QByteArray &text) {
-         return toBoolean(QString::fromUtf8(text)) ? QStringLiteral("yes") : QStringLiteral("no");
-     }},
-    // As the transfer shows it, as the inactive list does.
-    {"size",
-     [](const QByteArray &bytes) {
-         return joined({sizeText(bytes.toLongLong(), SizeUnits::FromThreshold),
-                        sizeText(bytes.toLongLong(), SizeUnits::AboveThreshold)});
-     }},
-    {"elapsed", [](const QByteArray &seconds) { return elapsedText(seconds.toLongLong()); }},
-    {"extension", [](const QByteArray &name) { return ExtensionOf(QString::fromUtf8(name)); }},
 };
 
 } // namespace
@@ -171,7 +146,6 @@ private Q_SLOTS:
     void pieces();
     void chunked_data();
     void chunked();
-    void fileWriter();
 };
 
 void TestParsing::pieces_data()
@@ -186,36 +160,21 @@ void TestParsing::pieces_data()
             << QString(piece) << text << result;
     };
     const QString refused = "ERROR" + QString("Critical|Dirección incorrecta.");
-    row("address", "http://host:8080/dir/f.zip", "host | 8080 | dir/f.zip | f.zip");
     row("address", "http://host/", "host | 80 |  | index.html");
-    row("address", "http://host", "host | 80 |  | host");
-    row("address", "ftp://host/pub/my%20file%41.txt",
-        "host | 21 | pub/my%20file%41.txt | my fileA.txt");
-    row("address", "http://h/canci%C3%B3n.mp3", "h | 80 | canci%C3%B3n.mp3 | canción.mp3");
-    row("address", "http://h/get.php?id=7&a=/b#x", "h | 80 | get.php?id=7&a=/b#x | get.php");
+    row("address", "http://h/canci%C3%B3n.mp3?id=7&a=/b#x",
+        "h | 80 | canci%C3%B3n.mp3?id=7&a=/b#x | canción.mp3");
     row("address", "http://h/d/%2E%2E", "h | 80 | d/%2E%2E | index.html");
     row("address", "http://h/a%2Fb%0Ac%5C", "h | 80 | a%2Fb%0Ac%5C | a_b_c_");
-    row("address", "http://h/a:b/c.zip", "h/a | 0 | a:b/c.zip | c.zip"); // the colon cuts
     row("address", "https://host/d/f.zip", "host | 443 | d/f.zip | f.zip");
-    row("address", "https://host:8443/f.zip", "host | 8443 | f.zip | f.zip");
-    row("address", "http://host:8080", "host | Failure |  | host:8080");
     row("address", "ftp://h:70000/x", "h | Failure | x | x");
     row("address", "HTTPS://host/f.zip", refused + " | 80 | f.zip | f.zip");
-    row("address", "", refused + " | 80 |  | index.html");
-    row("address", "http://[::1]:8080/f.iso", "::1 | 8080 | f.iso | f.iso");
     row("address", "ftp://[2001:db8::1]/p/f", "2001:db8::1 | 21 | p/f | f");
-    row("address", "http://[::1/f", refused + " | 0 | f | f");
     row("login", "ftp://ana:s%40c%3Areta@h:2121/f", "ftp://h:2121/f | ana | s@c:reta");
-    row("login", "https://ana@[::1]/f", "https://[::1]/f | ana | ");
     row("login", "http://h/a@b", "http://h/a@b |  | "); // an @ in the path is no login
-    row("redirect", "http://h/a/f.bin /files/a.zip", "http://h/files/a.zip");
     row("redirect", "http://h:81/a/f.bin ../b.zip", "http://h:81/b.zip");
-    row("redirect", "https://h/a/f.bin c.zip?x=1", "https://h/a/c.zip?x=1");
     row("redirect", "https://h/a/f.bin //otro/x", "https://otro/x");
-    row("redirect", "https://h/a/f.bin http://h/z", "http://h/z");
     row("redirect", "http://h/a/f.bin http://h/ a", "http://h/%20a");
-    for (const char *bad : {"javascript:alert(1)", "file:///etc/passwd", "", "x\ty"})
-        row("redirect", "http://h/a/f.bin " + QByteArray(bad), "");
+    row("redirect", "http://h/a/f.bin file:///etc/passwd", "");
     row("reply headers",
         "HTTP/1.1 200 OK\r\nretry-after: 99999999\r\nETag: \"e1\"\r\nLast-Modified: ayer\r\n"
         "Content-Disposition: attachment; filename*=UTF-8''%C3%B1u.txt; "
@@ -225,38 +184,19 @@ void TestParsing::pieces_data()
         "HTTP/1.1 416 R\r\nRetry-After: -5\r\nContent-Range: bytes */5000\r\n"
         "Last-Modified: ayer\r\nContent-Disposition: inline; filename=\"../../.bashrc\"\r\n\r\n",
         "-1 | 5000 | ayer | ../../.bashrc");
-    row("reply headers",
-        "HTTP/1.1 503 R\r\nRetry-After: Wed, 21 Oct 2026 07:28:00 GMT\r\nContent-Range: bytes "
-        "0-1/9\r\n"
-        "Content-Disposition: attachment; filename=plano.txt\r\n\r\n",
-        "-1 | -1 |  | plano.txt");
-    row("dots", "http://h/a/b/../c.zip", "http://h/a/c.zip");
-    row("dots", "https://h/./a/../b", "https://h/./b");
     row("dots", "ftp://h/a/b/../../c", "ftp://h/c");
-    row("dots", "h/a/../b", "h/b");
     row("dots", "http://h/../x", "Failure");
     row("dots", "http://h" + QByteArray("/a").repeated(256), "Failure"); // 257 segments
     row("head", "HTTP/1.1 206 Partial\r\ncontent-LENGTH:  42 \r\n\r\nabc", "206 | 42 | abc |  | ");
-    row("head", "HTTP/1.0 200 OK\nContent-Length: 3\n\nxyz", "200 | 3 | xyz |  | ");
     // A head without its blank line is all payload.
     row("head", "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n",
         "200 | -1 | HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n |  | ");
-    row("head", "HTTP/1.1 302 Found\nLocation: https://b/d.zip\n\n",
-        "302 | -1 |  | https://b/d.zip | ");
-    row("head", "HTTP/1.1 302 Found\r\nlocation: http://b/\r\n\r\n", "302 | -1 |  | http://b/ | ");
     // A lone CR or LF ends the address too, though the value runs on to a later CR LF.
     row("head", "HTTP/1.1 302 Found\nLocation: http://b/x\rc\r\n\r\n",
         "302 | -1 |  | http://b/x | ");
-    row("head", "HTTP/1.0 302 Found\nLocation: http://b/y\nServer: z\r\n\r\n",
-        "302 | -1 |  | http://b/y | ");
-    row("head", "HTTP/1.1 200 OK\r\nTRANSFER-encoding:  Chunked \r\n\r\n5\r\n",
-        "200 | -1 | 5\r\n |  | chunked");
     row("head", "HTTP/1.1 200 OK\r\nTransfer-Encoding: gzip, chunked\r\n\r\n",
         "200 | -1 |  |  | chunked");
-    row("head", "HTTP/1.1 200 OK\r\n\r\nTransfer-Encoding: chunked\r\n\r\n",
-        "200 | -1 | Transfer-Encoding: chunked\r\n\r\n |  | ");
     row("head", "http/1.1 404 x\r\n\r\n", "data");
-    row("head", "HTTP/1.1", "0 | -1 | HTTP/1.1 |  | ");
     // A header value needs a line end after it.
     row("head", "HTTP/1.1 200 OK\r\nContent-Length: 4", "Failure");
     const auto request = [](const QString &host, const QString &start,
@@ -265,17 +205,9 @@ void TestParsing::pieces_data()
                "\r\nConnection: close\r\nRange: bytes=" + start + "-\r\n" + more + "\r\n";
     };
     // The port is named when it is not the scheme's own.
-    for (const auto &[url, host] : {std::pair{"http://h/f", "h"},
-                                    {"http://h:80/f", "h"},
-                                    {"http://h:8080/f", "h:8080"},
-                                    {"https://h/f", "h"},
-                                    {"https://h:443/f", "h"},
-                                    {"https://h:8443/f", "h:8443"},
-                                    {"http://h:443/f", "h:443"},
-                                    {"http://[::1]:8080/f", "[::1]:8080"},
-                                    {"https://[2001:db8::1]/f", "[2001:db8::1]"}})
-        row("request", QByteArray(url) + " 0", request(host, "0"));
-    row("request", "http://h/f 5000000000", request("h", "5000000000"));
+    row("request", "https://h:443/f 0", request("h", "0"));
+    row("request", "http://h:443/f 0", request("h:443", "0"));
+    row("request", "http://[::1]:8080/f 5000000000", request("[::1]:8080", "5000000000"));
     // Extras only when the download has them; If-Range only on a resume.
     row("request", "http://h/f 0 http://p/a.html k=v \"e1\"",
         request("h", "0", "Referer: http://p/a.html\r\nCookie: k=v\r\n"));
@@ -289,53 +221,15 @@ void TestParsing::pieces_data()
     row("speed limit", "1000 0:1 10:50 10:0", "0 | 10 | 1000"); // slow: waits are capped at 1 s
     row("ftp replies", "350 Seguimos\r\n213 5000\r\n", "350 Seguimos | 213 5000");
     row("ftp replies", "250 Ok\r\n350 Res", "250 Ok"); // the rest waits for its line end
-    row("ftp replies", "hola\r\n229 x\n", "229 x");
     row("ftp replies", "220-Hola\r\n230 no es el final\r\n220-x\r\n220 \r\n331 p\r\n",
         "220  | 331 p");
-    row("ftp replies", "150 a\r226 b\r", "");
-    row("ftp path", "pub/my%20dir/canci%C3%B3n.mp3", "/pub/my dir | canción.mp3");
-    row("ftp path", "x.iso", "/ | x.iso");
     row("extended passive", "229 Entering Extended Passive Mode (|||50123|)", "50123");
     row("extended passive", "229 (|||70000|)", "Failure");
-    row("extended passive", "229 ok", "Failure");
-    row("inside address", "0.0.0.0 203.0.113.5", "peer");
     row("inside address", "192.168.1.2 203.0.113.5", "peer");
-    row("inside address", "192.168.1.2 192.168.1.1", "announced");
     row("inside address", "198.51.100.7 203.0.113.5", "announced");
-    row("inside address", "127.0.0.1 127.0.0.1", "announced");
-    row("inside address", "127.0.0.1 ::1", "peer");
-    row("ftp size", "213 5000000000\r", "5000000000");
-    row("passive", "227 Entering Passive Mode (192,168,1,2,19,137).\r", "192.168.1.2:5001");
     row("passive", "227 ok (127, 0, 0, 1, 200, 1)\r", "127.0.0.1:51201");
-    row("passive", "227 ok\r", "Failure");
-    row("passive", "227 (1,2,3,4,5)\r", "Failure");
     row("passive", "227 (1,2,3,4,72057594037927937,1)\r", "Failure"); // 2^56 + 1: overflow
-    row("passive", "227 (1,2,3,4,0,256)\r", "Failure");
-    // Reading past the end fails.
-    row("fields", "12,5\r\n7\r\n", "12 | 5 | 7 | Failure");
-    row("fields", "\"a, b\" \r\nx\r\n", "a, b | x | Failure");
-    row("fields", "a\nb", "a | b | Failure");
-    row("fields", "\"a\r\nb\"\r\nc\r\n", "a | b\" | c | Failure"); // quotes end with the line
-    row("fields", "1\r\nTrue", "1 | True | Failure");
-    row("lines", "  C:\\a, b  \r\n\r\nlast", "  C:\\a, b   |  | last | Failure");
-    row("lines", "http://h/\xc3\xb1.zip\r\n-3 \r\n", "http://h/ñ.zip | -3  | Failure");
-    row("boolean", "True", "yes");
-    row("boolean", "false", "no");
-    row("boolean", "-1", "yes");
-    row("boolean", "0", "no");
-    row("boolean", "Tru", "Failure");
-    row("boolean", "", "Failure");
-    row("size", "1023", "1023 bytes | 1023 bytes");
-    row("size", "1024", "1 Kb | 1024 bytes");
-    row("size", "1536", "1.5 Kb | 1.5 Kb");
-    row("size", "1048576", "1 Mb | 1024 Kb");
-    row("size", "5368709120", "5120 Mb | 5120 Mb");
-    row("size", "1062207", "1.01 Mb | 1.01 Mb");
-    row("elapsed", "0", "0:00:00");
-    row("elapsed", "3725", "1:02:05");
-    row("elapsed", "108000", "30:00:00");
-    row("extension", "a.tar.gz", "gz");
-    row("extension", "README", "");
+    row("fields", "\"a\r\nb\"\r\nc\r\n", "a | b\" | c | Failure");    // quotes end with the line
 }
 
 void TestParsing::pieces()
@@ -359,14 +253,11 @@ void TestParsing::chunked_data()
         "finished");
     row("extension, blank and leading zeros", "3;nombre=valor\r\nabc\r\n003 \r\ndef\r\n000\r\n",
         "abcdef", "finished");
-    row("bare LF line ends", "3\nabc\n0\n\n", "abc", "finished");
     row("bytes after the last chunk ignored", "1\r\na\r\n0\r\n\r\nHTTP/1.1 200 OK\r\n", "a",
         "finished");
     row("closed before the last chunk", "3\r\nabc\r\n4\r\nde", "abcde", "open");
-    row("size not hexadecimal", "3\r\nabc\r\nzz\r\n", "abc", "failed");
     row("size absurdly large", "1FFFFFFFFFFFFFFFF\r\nabc", "", "failed");
     row("chunk longer than its size", "3\r\nabcd1\r\nx\r\n0\r\n\r\n", "abc", "failed");
-    row("empty size line", "\r\nabc", "", "failed");
 }
 
 void TestParsing::chunked()
@@ -390,26 +281,6 @@ void TestParsing::chunked()
         QTEST(payload, "payload");
         QCOMPARE(decoder.finished() ? "finished" : decoder.failed() ? "failed" : "open", end);
     }
-}
-
-void TestParsing::fileWriter()
-{
-    TextFileWriter writer;
-    writer.line(QStringLiteral("http://h/ñ.zip"));
-    writer.number(-3);
-    QCOMPARE(writer.bytes(), QByteArray("http://h/\xc3\xb1.zip\r\n-3 \r\n"));
-    // A longer old file is replaced whole.
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("lista.dwn"));
-    QFile old(path);
-    QVERIFY(old.open(QIODevice::WriteOnly));
-    old.write("a much longer old content that must not survive\r\n");
-    old.close();
-    writer.commit(path);
-    QVERIFY(old.open(QIODevice::ReadOnly));
-    QCOMPARE(old.readAll(), writer.bytes());
-    QVERIFY_THROWS_EXCEPTION(Failure, writer.commit(dir.filePath(QStringLiteral("no/such/f"))));
-    QVERIFY_THROWS_EXCEPTION(Failure, TextFileReader::open(dir.filePath(QStringLiteral("nada"))));
 }
 
 QTEST_GUILESS_MAIN(TestParsing)

@@ -1,10 +1,8 @@
-"""Drives Chromium with Corvane's extension as a person's clicks would, through the DevTools protocol.
+"""Drives Chromium with Corvane's extension through the DevTools protocol, as a person's clicks would.
 
-drivebrowser.py CHROMIUM PROFILE EXTENSION PAGE FILE LIST: opens PAGE (which sets a cookie) in the
-browser, headless on the profile with the extension loaded, then calls in the extension what its
-two context-menu entries call, handOver(FILE, PAGE) and grabPage(PAGE), and prints their answers
-as one JSON list. Last, with capturing on, it clicks the page's link "captura" and waits for
-Corvane's list file LIST to name it.
+drivebrowser.py CHROMIUM PROFILE EXTENSION PAGE FILE LIST opens PAGE, prints as one JSON list the
+answers of handOver(FILE, PAGE) and grabPage(PAGE), what the context menu calls, then with
+capturing on clicks the link "captura" and waits for Corvane's list file LIST to name it.
 """
 import json, os, subprocess, sys, time
 import websocket

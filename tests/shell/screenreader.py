@@ -1,13 +1,7 @@
-"""Drives Corvane on an X server as a keyboard and screen-reader user would.
-
-Usage (inside a D-Bus session, with DISPLAY set):
-    screenreader.py CORVANE HOME URL
-
-Starts the program on HOME, clicks into the quick-add box, types URL and presses Enter, waits
-for the download's row, then prints what the accessibility tree says, one line each:
-    panel|<name>|<description>   for every label of the main window's status bar
-    row|<name>                   for a label that reads URL, once it is there
-and ends the program as the system would (SIGTERM), which saves its lists.
+"""Drives Corvane on an X server as a keyboard and screen-reader user would (inside a D-Bus
+session): screenreader.py CORVANE HOME URL starts the program, clicks into the quick-add box, types
+URL and Enter, then prints "panel|<name>|<description>" for each label of the status bar and
+"row|<name>" for the download's row, and ends the program with SIGTERM, which saves its lists.
 """
 import os
 import signal

@@ -14,20 +14,6 @@ QStringList headless(const QString &home, const QStringList &urls)
     return QStringList{"--headless", "--home=" + home} + urls;
 }
 
-// The program as `cmake --install` lays it out under a prefix of its own; installed once a run.
-QString installedProgram()
-{
-    static QTemporaryDir prefix;
-    static const bool installed = [] {
-        QProcess install;
-        install.start(
-            qEnvironmentVariable("CMAKE_COMMAND"),
-            {"--install", qEnvironmentVariable("CORVANE_BUILD_DIR"), "--prefix", prefix.path()});
-        return install.waitForFinished(60000) && install.exitCode() == 0;
-    }();
-    return installed ? prefix.filePath("bin/corvane") : QString();
-}
-
 } // namespace
 
 class TestHeadless : public QObject
@@ -59,12 +45,9 @@ private Q_SLOTS:
         const QString err = run.errorText();
         QVERIFY2(err.contains("El archivo " + server.url("nada.zip") + " no existe.\n"),
                  qPrintable(err));
-        QVERIFY(
-            err.contains("Escriba una dirección correcta (debe empezar por http:// o ftp://)\n"));
         QVERIFY(err.contains("Finalizada la descarga de " + server.url("a/f5.bin") + "\n"));
         const QString out = run.outputText();
         QVERIFY2(out.contains("Iniciada: " + server.url("a/f0.bin")), qPrintable(out));
-        QVERIFY(out.contains("Terminada: " + f.path("download/f0.bin")));
         QVERIFY(out.contains("Fallida: " + server.url("nada.zip")));
         // Both lists are written on the way out; only the failed download is left in them.
         const QByteArray active = f.read("activas.dwn");
@@ -105,56 +88,14 @@ private Q_SLOTS:
         QCOMPARE(f.read("download/f.bin"), Content);
     }
 
-    // The program as installed, on a first start in a home whose desktop names its downloads folder
-    // as xdg-user-dirs writes it: the file lands there, and line 1 of the settings, in the hidden
-    // per-user folder, names it. Where the other cases lead is in tst_startup's table of folders.
-    void installed()
-    {
-        const QString program = installedProgram();
-        QVERIFY2(!program.isEmpty(), "cmake --install failed");
-        SettingsFixture f(".local/share/corvane");
-        QVERIFY(QDir().mkpath(f.path(".config")));
-        f.write(".config/user-dirs.dirs", "XDG_DOWNLOAD_DIR=\"$HOME/Descargas\"\n");
-        ScriptedHttpServer server([](const QByteArray &request, int) {
-            return ScriptedHttpServer::file(Content, request, false);
-        });
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("HOME", f.dir.path());
-        environment.insert("XDG_CONFIG_HOME", f.path(".config"));
-        environment.remove("XDG_DATA_HOME");
-
-        CorvaneProcess run;
-        run.launch({"--headless", server.url("f.bin")}, environment, QProcess::SeparateChannels,
-                   program);
-
-        QCOMPARE(run.waitForExit(20000), 0);
-        QCOMPARE(f.read("Descargas/f.bin"), Content);
-        QVERIFY(f.read(".local/share/corvane/corvane.ini")
-                    .startsWith(QByteArray(f.path("Descargas/").toUtf8() + "\r\n")));
-    }
-
-    void usage_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("printed"); // how what it prints begins
-        QTest::newRow("help") << QStringList{"--help"} << 0 << "Uso: corvane";
-        QTest::newRow("unknown option") << QStringList{"--headless", "--rápido"} << 2
-                                        << "Opción desconocida: --rápido\n\nUso: corvane";
-        QTest::newRow("home without folder")
-            << QStringList{"--headless", "--home"} << 2
-            << "Falta la carpeta después de --home\n\nUso: corvane";
-    }
-
+    // A usage error ends with status 2 and the reason before the usage.
     void usage()
     {
-        QFETCH(QStringList, arguments);
-        CorvaneProcess process(arguments, QProcessEnvironment::systemEnvironment(),
+        CorvaneProcess process({"--headless", "--rápido"}, QProcessEnvironment::systemEnvironment(),
                                QProcess::MergedChannels);
-        QTEST(process.waitForExit(30000), "status");
-        const QString output = QString::fromUtf8(process.readAll());
-        QFETCH(QString, printed);
-        QVERIFY2(output.startsWith(printed), qPrintable(output));
+        QCOMPARE(process.waitForExit(30000), 2);
+        QVERIFY(QString::fromUtf8(process.readAll())
+                    .startsWith("Opción desconocida: --rápido\n\nUso: corvane"));
     }
 };
 

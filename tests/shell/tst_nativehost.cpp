@@ -20,8 +20,17 @@ QByteArray framed(const QByteArray &bytes)
     return length + bytes;
 }
 
+// The answer as "ok" (and the endings it lists) or its error.
+QString shown(const QJsonObject &answer)
+{
+    QStringList ok{"ok"};
+    for (const QJsonValue &ending : answer["extensions"].toArray())
+        ok << ending.toString();
+    return answer["ok"].toBool() ? ok.join(' ') : answer["error"].toString();
+}
+
 // The host as the browser starts it (with the extension's origin after the option), fed
-// `input`; each answer as "ok" (and the endings it lists) or its error.
+// `input`; each answer as shown().
 QStringList answersTo(const QString &home, const QByteArray &input, const QProcessEnvironment &env)
 {
     CorvaneProcess host({"--home", home, "--native-host", "chrome-extension://x/"}, env);
@@ -31,11 +40,7 @@ QStringList answersTo(const QString &home, const QByteArray &input, const QProce
     QStringList answers;
     for (QByteArray out = host.readAllStandardOutput(); out.size() >= 4;) {
         const quint32 length = qFromUnaligned<quint32>(out.constData());
-        const QJsonObject answer = QJsonDocument::fromJson(out.mid(4, length)).object();
-        QStringList ok{"ok"};
-        for (const QJsonValue &ending : answer["extensions"].toArray())
-            ok << ending.toString();
-        answers << (answer["ok"].toBool() ? ok.join(' ') : answer["error"].toString());
+        answers << shown(QJsonDocument::fromJson(out.mid(4, length)).object());
         out.remove(0, 4 + length);
     }
     return answers;
@@ -57,21 +62,18 @@ class TestNativeHost : public QObject
 
 private Q_SLOTS:
     void initTestCase();
+    void framing();
+    void refused_data();
+    void refused();
     void startsTheProgram();
-    void answers_data();
-    void answers();
-    void onlyGoodLinksAdded();
     void cleanupTestCase();
 
 private:
     XServer m_x;
     SettingsFixture m_home;
     QTemporaryDir m_idle; // no program ever runs here
-    // Downloads stay in the list: a little of each file, then silence.
+    // The download stays in the list: a little of the file, then silence.
     ScriptedHttpServer m_server{[](const QByteArray &request, int) {
-        if (request.startsWith("GET /enlaces.html"))
-            return ScriptedHttpServer::status("HTTP/1.1 200 OK", "Connection: close\r\n",
-                                              "<a href=\"x.zip\">x</a>");
         HttpReply reply = ScriptedHttpServer::file(QByteArray(100000, 'c'), request, true);
         reply.dropAfter = 1000;
         reply.stall = true;
@@ -90,6 +92,53 @@ void TestNativeHost::initTestCase()
     }
 }
 
+// A message too long is answered and skipped, the next read on; one cut short ends the run.
+// Nothing starts a program.
+void TestNativeHost::framing()
+{
+    const QByteArray input = framed(QByteArray(NativeHost::MaxMessage + 1, ' ')) +
+                             framed(R"({"action":"extensions"})") +
+                             framed(R"({"action":"add"})").left(10);
+    QCOMPARE(
+        answersTo(m_idle.path(), input, m_x.environment()),
+        (QStringList{"El mensaje ocupa más de 1 MB.", "ok exe zip ace tar iso bmp gif jpg .pdf",
+                     "El mensaje llegó cortado: faltan 10 de sus 16 bytes."}));
+    QVERIFY(!QFile::exists(m_idle.filePath("corvane.lock")));
+}
+
+void TestNativeHost::refused_data()
+{
+    QTest::addColumn<QByteArray>("message");
+    QTest::addColumn<QString>("error");
+    const QString badAddress = "La dirección contiene caracteres no válidos.";
+    QTest::newRow("not JSON") << QByteArray(R"({"action": "add", )")
+                              << "El mensaje no es JSON válido.";
+    QTest::newRow("no action") << QByteArray(R"({"url":"http://h/a.zip"})")
+                               << "Falta la acción (\"action\") del mensaje.";
+    QTest::newRow("file: address")
+        << QByteArray(R"({"action":"add","url":"file:///etc/passwd"})")
+        << "Corvane solo descarga direcciones http://, https:// o ftp://.";
+    QTest::newRow("line break in address")
+        << QByteArray(R"({"action":"add","url":"http://h/a.zip\r\nX-Inyectada: 1"})") << badAddress;
+    QTest::newRow("addresses as a list")
+        << QByteArray(R"({"action":"add","url":["http://h/a.zip","http://h/b.zip"]})")
+        << "La dirección (\"url\") debe ser un texto con una sola dirección.";
+    QTest::newRow("CR LF in the cookie")
+        << QByteArray(R"({"action":"add","url":"http://h/a.zip","cookie":"a=1\r\nX: 1"})")
+        << "Las cookies contienen caracteres no válidos.";
+    QTest::newRow("LF in the referrer")
+        << QByteArray(R"({"action":"add","url":"http://h/a.zip","referrer":"http://h/\nX: 1"})")
+        << "La página de origen (\"referrer\") no es una dirección válida.";
+}
+
+void TestNativeHost::refused()
+{
+    QFETCH(QByteArray, message);
+    NativeHost host(ProgramFolder(m_idle.path()), CorvaneProcess::built());
+    QTEST(shown(host.answer(message)), "error");
+    QVERIFY(!QFile::exists(m_idle.filePath("corvane.lock")));
+}
+
 void TestNativeHost::startsTheProgram()
 {
     // No program runs: the host starts one and hands it the link.
@@ -100,123 +149,6 @@ void TestNativeHost::startsTheProgram()
     QVERIFY(programOf(m_home.folder()) > 0);
     QTRY_VERIFY_WITH_TIMEOUT(m_home.read("activas.dwn").contains(m_server.url("a.zip").toUtf8()),
                              20000);
-}
-
-void TestNativeHost::answers_data()
-{
-    QTest::addColumn<bool>("running");
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<QStringList>("expected");
-    // A message as JSON text; "S/" stands for the server's address.
-    const auto message = [this](const QString &json) {
-        return framed(QString(json).replace("S/", m_server.url("")).toUtf8());
-    };
-    QStringList thousand;
-    for (int i = 0; i < 1000; ++i)
-        thousand << QString("S/malo%1.zip").arg(i);
-    const QString badAddress = "La dirección contiene caracteres no válidos.";
-    const QString notOurs = "Corvane solo descarga direcciones http://, https:// o ftp://.";
-
-    // Good and bad alike with no program (nothing may start it), then with the running one.
-    const struct
-    {
-        const char *name;
-        QByteArray input;
-        QStringList expected;
-        bool good = false;
-    } rows[] = {
-        {"extensions",
-         message(R"({"action":"extensions"})"),
-         {"ok exe zip ace tar iso bmp gif jpg .pdf"}},
-        {"oversized, then read on",
-         framed(QByteArray(NativeHost::MaxMessage + 1, ' ')) + message(R"({"action":"x"})"),
-         {"El mensaje ocupa más de 1 MB.", "Acción desconocida: \"x\"."}},
-        {"truncated length",
-         QByteArray("\x10\0", 2),
-         {"El mensaje llegó cortado: su longitud ocupa menos de 4 bytes."}},
-        {"truncated message",
-         message(R"({"action":"add"})").left(10),
-         {"El mensaje llegó cortado: faltan 10 de sus 16 bytes."}},
-        {"not JSON", message(R"({"action": "add", )"), {"El mensaje no es JSON válido."}},
-        {"not an object", message(R"(["add"])"), {"El mensaje no es un objeto JSON."}},
-        {"no action",
-         message(R"({"url":"S/malo.zip"})"),
-         {"Falta la acción (\"action\") del mensaje."}},
-        {"no address",
-         message(R"({"action":"grab"})"),
-         {"Falta la dirección (\"url\") del mensaje."}},
-        {"file: address", message(R"({"action":"add","url":"file:///etc/passwd"})"), {notOurs}},
-        {"javascript: address",
-         message(R"j({"action":"add","url":"javascript:alert(1)"})j"),
-         {notOurs}},
-        {"line break in address",
-         message(R"({"action":"add","url":"S/malo.zip\r\nX-Inyectada: 1"})"),
-         {badAddress}},
-        {"1000 addresses as a list",
-         message(R"({"action":"add","url":[")" + thousand.join(R"(",")") + R"("]})"),
-         {"La dirección (\"url\") debe ser un texto con una sola dirección."}},
-        {"1000 addresses in one text",
-         message(R"({"action":"add","url":")" + thousand.join(' ') + R"("})"),
-         {badAddress}},
-        {"CR LF in the cookie",
-         message(R"({"action":"add","url":"S/malo.zip","cookie":"a=1\r\nX-Inyectada: 1"})"),
-         {"Las cookies contienen caracteres no válidos."}},
-        {"LF in the referrer",
-         message(R"({"action":"add","url":"S/malo.zip","referrer":"S/\nX-Inyectada: 1"})"),
-         {"La página de origen (\"referrer\") no es una dirección válida."}},
-        {"add",
-         message(R"({"action":"add","url":"S/b.zip","referrer":"S/p.html","cookie":"s=1"})"),
-         {"ok"},
-         true},
-        {"grab", message(R"({"action":"grab","url":"S/enlaces.html"})"), {"ok"}, true},
-        {"good, bad, good",
-         message(R"({"action":"add","url":"S/c.zip"})") +
-             message(R"({"action":"add","url":"ftp://127.0.0.1/\nmalo"})") +
-             message(R"({"action":"add","url":"S/d.zip"})"),
-         {"ok", badAddress, "ok"},
-         true},
-    };
-    for (bool running : {false, true}) {
-        for (const auto &row : rows) {
-            if (row.good && !running)
-                continue;
-            QTest::addRow("%s, %s", row.name, running ? "running" : "no program")
-                << running << row.input << row.expected;
-        }
-    }
-}
-
-void TestNativeHost::answers()
-{
-    QFETCH(bool, running);
-    QFETCH(QByteArray, input);
-    QFETCH(QStringList, expected);
-    const QString home = running ? m_home.folder() : m_idle.path();
-
-    QCOMPARE(answersTo(home, input, m_x.environment()), expected);
-
-    // Refused messages start nothing.
-    QCOMPARE(QFile::exists(m_idle.filePath("corvane.lock")), false);
-}
-
-void TestNativeHost::onlyGoodLinksAdded()
-{
-    // The program took every good link, the last ones after all the refused messages; nothing
-    // of those reached its lists or the server.
-    for (const char *name : {"a.zip", "b.zip", "c.zip", "d.zip"})
-        QTRY_VERIFY_WITH_TIMEOUT(m_home.read("activas.dwn").contains(m_server.url(name).toUtf8()),
-                                 10000);
-    QTRY_VERIFY_WITH_TIMEOUT(m_server.requests().size() >= 5, 10000);
-    QStringList asked;
-    for (const QByteArray &request : m_server.requests())
-        asked << QString::fromLatin1(request.left(request.indexOf(" HTTP/")));
-    asked.removeDuplicates();
-    asked.sort();
-    QCOMPARE(asked, (QStringList{"GET /a.zip", "GET /b.zip", "GET /c.zip", "GET /d.zip",
-                                 "GET /enlaces.html"}));
-    QVERIFY(!m_home.read("activas.dwn").contains("malo"));
-    QVERIFY(!m_home.read("inactivas.dwn").contains("malo"));
-    QVERIFY(!QDir(m_idle.path()).exists("corvane.ini"));
 }
 
 void TestNativeHost::cleanupTestCase()

@@ -29,11 +29,11 @@ public:
 
     void launch(const QStringList &arguments,
                 const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment(),
-                ProcessChannelMode output = SeparateChannels, const QString &program = built())
+                ProcessChannelMode output = SeparateChannels)
     {
         setProcessEnvironment(environment);
         setProcessChannelMode(output);
-        start(program, arguments);
+        start(built(), arguments);
     }
     bool ended() const { return state() == NotRunning; }
     // Waits up to `ms` with the test's event loop running, so that its servers answer meanwhile.

@@ -4,8 +4,10 @@
 
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QProcess>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <QThread>
 
 // A real server on a free loopback port over a folder, stopped when the object goes.
@@ -49,7 +51,6 @@ public:
         return false;
     }
     QString error() const { return m_error; }
-    quint16 port() const { return m_port; }
     // What the server has said so far: its output, or the log file it was told to keep.
     QByteArray log()
     {
@@ -65,7 +66,8 @@ public:
     }
 
 protected:
-    LocalServer(const QString &scheme, const QString &program) : m_scheme(scheme)
+    explicit LocalServer(const QString &program, const QString &scheme = QStringLiteral("ftp"))
+        : m_scheme(scheme)
     {
         QTcpServer probe;
         probe.listen(QHostAddress::LocalHost, 0);
@@ -73,9 +75,9 @@ protected:
         m_process.setProgram(program);
     }
 
+    QString m_scheme;
     QTemporaryDir m_work;
     quint16 m_port;
-    QString m_scheme;
     QProcess m_process; // given its arguments by the server, started by start()
     QString m_error;
     QString m_logFile;
@@ -107,7 +109,7 @@ public:
     {}
     // Over TLS with that certificate when it has one; its addresses are then https://.
     NginxServer(const QString &root, const QString &extra, const ServerCertificate &tls)
-        : LocalServer(tls.certificate.isEmpty() ? "http" : "https", "/usr/sbin/nginx")
+        : LocalServer("/usr/sbin/nginx", tls.certificate.isEmpty() ? "http" : "https")
     {
         const QString work = m_work.path();
         const QString secure =
@@ -141,7 +143,7 @@ class FtpdServer final : public LocalServer
 {
 public:
     explicit FtpdServer(const QString &root, int bytesPerSecond = 0)
-        : LocalServer("ftp", "/usr/bin/python3")
+        : LocalServer("/usr/bin/python3")
     {
         // The system interpreter has the Debian package; keep another Python's paths out.
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -171,7 +173,7 @@ class VsftpdServer final : public LocalServer
 {
 public:
     explicit VsftpdServer(const QString &root, int bytesPerSecond = 0)
-        : LocalServer("ftp", "/usr/sbin/vsftpd")
+        : LocalServer("/usr/sbin/vsftpd")
     {
         openToAll(root);
         const QString work = m_work.path();
@@ -200,8 +202,8 @@ class ProftpdServer final : public LocalServer
 {
 public:
     explicit ProftpdServer(const QString &root, int bytesPerSecond = 0)
-        : LocalServer("ftp", qEnvironmentVariable("CORVANE_SOURCE_DIR") +
-                                 "/build/proftpd/usr/sbin/proftpd")
+        : LocalServer(qEnvironmentVariable("CORVANE_SOURCE_DIR") +
+                      "/build/proftpd/usr/sbin/proftpd")
     {
         openToAll(root);
         const QString work = m_work.path();

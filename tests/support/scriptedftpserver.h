@@ -13,12 +13,8 @@
 class ScriptedFtpServer final : public QObject
 {
 public:
-    // Sent on connect, a chunk at a time, a little apart.
-    QList<QByteArray> greeting = {"220 Servidor de pruebas\r\n"};
-    // The address the 227 reply names, as a server behind a router may name its own.
-    QByteArray passiveHost = "127,0,0,1";
     // The exact bytes to answer a command with; nullopt leaves it to the usual answer.
-    std::function<std::optional<QList<QByteArray>>(const QByteArray &line)> answer;
+    std::function<std::optional<QByteArray>(const QByteArray &line)> answer;
 
     explicit ScriptedFtpServer(const QByteArray &file) : m_file(file)
     {
@@ -26,22 +22,19 @@ public:
         connect(&m_control, &QTcpServer::newConnection, this, [this] {
             while (QTcpSocket *socket = m_control.nextPendingConnection()) {
                 socket->setParent(this);
-                // Each write leaves at once, so pieces sent apart arrive apart.
-                socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
                 m_session = socket;
                 connect(socket, &QTcpSocket::readyRead, this, [this, socket] {
                     while (socket == m_session && socket->canReadLine()) {
-                        m_commands.append(socket->readLine());
+                        m_commands.append(socket->readLine().trimmed());
                         handle(m_commands.last());
                     }
                 });
                 connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-                reply(greeting);
+                reply("220 Servidor de pruebas\r\n");
             }
         });
         connect(&m_passive, &QTcpServer::newConnection, this, [this] {
             m_data = m_passive.nextPendingConnection();
-            m_data->setSocketOption(QAbstractSocket::LowDelayOption, 1);
             m_passive.close();
             if (m_retrWaiting)
                 sendFile();
@@ -52,40 +45,26 @@ public:
     {
         return QStringLiteral("ftp://127.0.0.1:%1/%2").arg(m_control.serverPort()).arg(path);
     }
-    // The command lines received, each with its line end.
-    const QList<QByteArray> &commands() const { return m_commands; }
-    // The same without the line ends, joined by ", ".
-    QByteArray commandWords() const
-    {
-        QList<QByteArray> words;
-        for (const QByteArray &line : m_commands)
-            words.append(line.trimmed());
-        return words.join(", ");
-    }
+    // The command lines received, without their line ends, joined by ", ".
+    QByteArray commandWords() const { return m_commands.join(", "); }
 
 private:
-    // Replies go out a little apart, as separate chunks, so that each one is read on its own.
-    void reply(const QList<QByteArray> &chunks)
+    // Replies go out a little apart, so that each one is read on its own.
+    void reply(const QByteArray &text)
     {
-        for (const QByteArray &chunk : chunks) {
-            QTimer::singleShot(++m_queuedReplies * 50, this, [this, chunk] {
-                --m_queuedReplies;
-                if (m_session) {
-                    m_session->write(chunk);
-                    m_session->flush();
-                }
-            });
-        }
+        QTimer::singleShot(++m_queuedReplies * 50, this, [this, text] {
+            --m_queuedReplies;
+            if (m_session)
+                m_session->write(text);
+        });
     }
 
     void handle(const QByteArray &line)
     {
-        if (const auto chunks = answer ? answer(line) : std::nullopt) {
-            reply(*chunks);
-            return;
-        }
+        if (const auto text = answer ? answer(line) : std::nullopt)
+            return reply(*text);
         const QByteArray word = line.left(4).trimmed().toUpper();
-        const QByteArray argument = line.mid(word.size() + 1).trimmed();
+        const QByteArray argument = line.mid(word.size() + 1);
         static const QHash<QByteArray, QByteArray> usual{{"USER", "331 Contraseña, por favor"},
                                                          {"PASS", "230 Dentro"},
                                                          {"TYPE", "200 Tipo I"},
@@ -93,22 +72,22 @@ private:
                                                          {"QUIT", "221 Adiós"}};
         if (word == "REST") {
             m_offset = argument.toLongLong();
-            reply({"350 Seguiremos desde " + argument + "\r\n"});
+            reply("350 Seguiremos desde " + argument + "\r\n");
         } else if (word == "SIZE") {
-            reply({"213 " + QByteArray::number(m_file.size()) + "\r\n"});
+            reply("213 " + QByteArray::number(m_file.size()) + "\r\n");
         } else if (word == "PASV") {
             m_passive.close();
             m_passive.listen(QHostAddress::LocalHost, 0);
             const quint16 port = m_passive.serverPort();
-            reply({"227 Modo pasivo (" + passiveHost + "," + QByteArray::number(port / 256) + "," +
-                   QByteArray::number(port % 256) + ")\r\n"});
+            reply("227 Modo pasivo (127,0,0,1," + QByteArray::number(port / 256) + "," +
+                  QByteArray::number(port % 256) + ")\r\n");
         } else if (word == "RETR") {
-            reply({"150 Enviando\r\n"});
+            reply("150 Enviando\r\n");
             m_retrWaiting = true;
             if (m_data)
                 sendFile();
         } else {
-            reply({usual.value(word, "502 Orden desconocida") + "\r\n"});
+            reply(usual.value(word, "502 Orden desconocida") + "\r\n");
         }
     }
 
@@ -117,7 +96,7 @@ private:
         m_retrWaiting = false;
         m_data->write(m_file.mid(std::exchange(m_offset, 0)));
         m_data->disconnectFromHost();
-        reply({"226 Terminado\r\n"});
+        reply("226 Terminado\r\n");
     }
 
     QTcpServer m_control;

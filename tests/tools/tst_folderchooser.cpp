@@ -3,14 +3,11 @@
 #include "qtdesktop.h"
 
 #include <QApplication>
-#include <QComboBox>
 #include <QDir>
-#include <QLabel>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
-#include <QTreeView>
 
 class TestFolderChooser : public QObject
 {
@@ -29,12 +26,9 @@ private Q_SLOTS:
             QTest::newRow(name) << in << answer << made << message;
         };
         row("in the chosen folder", "a", "nueva", "a/nueva");
-        row("chosen folder ending in a separator", "a/", "nueva", "a/nueva");
         row("cancelled", "a", std::nullopt, "");
-        row("empty name", "a", "", "");
         row("already there", "a", "b", "", "File exists");
         row("name with a separator", "a", "b/c", "", "el nombre no puede contener «/»");
-        row("chosen folder gone", "gone", "x", "", "No such file or directory");
     }
     void newfolder()
     {
@@ -56,43 +50,6 @@ private Q_SLOTS:
         QCOMPARE(desktop.calls, calls);
         QCOMPARE(QDir(root.filePath("a")).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
                  made.isEmpty() ? QStringList{"b"} : QStringList({"b", "nueva"}));
-    }
-
-    void browsing()
-    {
-        // The home folder first, then the mounted file systems.
-        const QList<FolderChooser::Drive> drives = FolderChooser::drives();
-        QCOMPARE(drives.value(0).root, QDir::homePath());
-        for (const FolderChooser::Drive &drive : drives)
-            QVERIFY2(QFileInfo(drive.root).isDir(), qPrintable(drive.root));
-        QTemporaryDir root;
-        QVERIFY(QDir(root.path()).mkpath("a/b"));
-        FakeDesktop desktop;
-        FolderWindow window(desktop, [] { return false; });
-        window.show();
-        auto *tree = window.findChild<QTreeView *>("dir");
-        auto *drive = window.findChild<QComboBox *>("drive");
-        QCOMPARE(drive->count(), drives.size());
-
-        // The caller's folder is shown; something that is no folder leaves the choice alone.
-        window.goTo(root.filePath("a"));
-        window.goTo(root.filePath("nothing"));
-        QCOMPARE(window.path(), root.filePath("a"));
-        QCOMPARE(window.findChild<QLabel *>("ruta")->text(), root.filePath("a"));
-
-        // A folder picked in the tree is the result.
-        const QModelIndex a = tree->currentIndex();
-        tree->expand(a);
-        QTRY_COMPARE(tree->model()->rowCount(a), 1);
-        tree->setCurrentIndex(tree->model()->index(0, 0, a));
-        QCOMPARE(window.path(), root.filePath("a/b"));
-
-        // Choosing a drive goes to its top; one that cannot be read leaves the choice alone.
-        drive->addItem("nada", "/no/such/drive");
-        Q_EMIT drive->activated(drive->count() - 1);
-        QCOMPARE(window.path(), root.filePath("a/b"));
-        Q_EMIT drive->activated(0);
-        QCOMPARE(window.path(), QDir::homePath());
     }
 
     // One window for every choice, through the program's desktop. The close box and Escape are

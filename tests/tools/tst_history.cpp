@@ -1,17 +1,12 @@
-#include "corvaneprocess.h"
 #include "fakedesktop.h"
 #include "historylog.h"
 #include "historytext.h"
 #include "historywindow.h"
-#include "scriptedhttpserver.h"
 #include "settings.h"
 
-#include <QApplication>
-#include <QClipboard>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QRandomGenerator>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTextBlock>
@@ -21,7 +16,7 @@ using Runs = QList<RtfRun>;
 namespace {
 
 constexpr quint32 Red = HistoryColour::Red, Black = HistoryColour::Black,
-                  Green = HistoryColour::Green, Blue = 0xFF0000;
+                  Green = HistoryColour::Green;
 
 // "colour:text | colour:text ...", neighbours of one colour joined, colours 0x00BBGGRR in
 // decimal: one description for documents, the log and what its window shows.
@@ -135,20 +130,14 @@ private Q_SLOTS:
             QTest::newRow(name) << rtf << runs;
         };
         row("two fallback characters", "{\\rtf1{\\uc2\\u233\\'e9\\'e9x}\\u233?y}", "0:éxéy");
-        row("a pair of code units", "{\\rtf1\\u-10179?\\u-8704?}", "0:😀");
-        row("backslash at a line end", "{\\rtf1 a\\\nb\r\nc}", "0:a\r\nbc");
         row("colour ends with its group",
             "{\\rtf1{\\colortbl;\\red255\\green0\\blue0;}a{\\cf1 b}c\\foo9 d}",
             "0:a | 255:b | 0:cd");
         row("table without automatic entry",
             "{\\rtf1{\\colortbl\\red0\\green0\\blue255;}\\cf0 a\\cf7 b}", "16711680:a | 0:b");
         row("raw ANSI bytes", "{\\rtf1 a\xf1o \x80}", "0:año €");
-        row("empty", "", "(not RTF)");
         row("cut inside an escape", "{\\rtf1 ab\\'e", "0:ab");
-        row("cut after a backslash", "{\\rtf1 ab\\", "0:ab");
-        row("extra closing braces", "{\\rtf1 a}}}} b", "0:a");
         row("binary data past the end", "{\\rtf1 a\\bin99999 x}", "0:a");
-        row("odd numbers", "{\\rtf1\\uc99999999999 a\\u-b\\cf-9 c}", "0:abc");
         row("deep nesting", "{\\rtf1 " + QByteArray(200000, '{') + "x", "0:x");
     }
 
@@ -166,17 +155,11 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("lines");
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("messages");
-        QTest::newRow("limit never reached")
-            << 10 << QStringList{"uno", "dos", "tres"} << StartLine + "\r\nuno\r\ndos\r\ntres" << 0;
-        QTest::newRow("one line removed")
-            << 1 << QStringList{"uno", "#over:10"} << "uno\r\n#fill" << 0;
         // The start line's 37 characters weigh 48 in RTF (colour word and \par): after it goes
         // the log is 3 over, which "b" alone would fix, but the search goes on from position
         // 38 and takes b, c and the x's with it.
         QTest::newRow("several removed at once by the carried position")
             << 1 << QStringList{"b", "c", QString(60, 'x'), "#over:51"} << "#fill" << 0;
-        QTest::newRow("search position past the short lines")
-            << 1 << QStringList{"b", "c", "#over:51"} << "b\r\nc\r\n#fill" << 1;
         QTest::newRow("one line longer than the limit")
             << 1 << QStringList{QString(2000, 'x')} << QString(2000, 'x') << 1;
         QTest::newRow("histsize 0 ends in the message")
@@ -207,28 +190,16 @@ private Q_SLOTS:
             QVERIFY2(message.startsWith("Critical|Argumento no válido"), qPrintable(message));
     }
 
-    void randomLog_data()
-    {
-        QTest::addColumn<quint32>("seed");
-        QTest::addColumn<int>("histsize");
-        for (quint32 seed : {1u, 2u, 3u})
-            QTest::addRow("seed %u, 1 Kbyte", seed) << seed << 1;
-        QTest::newRow("seed 4, 3 Kbytes") << 4u << 3;
-        QTest::newRow("seed 9, histsize 0") << 9u << 0;
-    }
-
     // Whatever is appended, trimmed and cleared, the length kept equals that of the file written,
     // which is ASCII, reads back as the log and is written again the same; the window shows
     // exactly the log.
     void randomLog()
     {
-        QFETCH(quint32, seed);
-        QFETCH(int, histsize);
         HistoryFixture f;
-        f.settings.histsize = histsize;
+        f.settings.histsize = 1;
         HistoryWindow window(f.log);
         const QTextDocument &shown = *window.findChild<QPlainTextEdit *>("texto")->document();
-        QRandomGenerator random(seed);
+        QRandomGenerator random(1);
         const QStringList words{"Descargando", "ñandú", "{x}",  "C:\\dir\\",  "\\par \\'e9",
                                 "\t",          "€",     "😀",    "“x” Ā 日本", "\u00a0\x7f\x01",
                                 "\r",          "\n",    "\r\n", " ",          "a las",
@@ -250,7 +221,7 @@ private Q_SLOTS:
             QCOMPARE(Rtf::write(Rtf::read(written).value()), written);
             QCOMPARE(describe(shown), describe(f.log.document().runs));
         }
-        QVERIFY(histsize == 0 || f.log.rtfLength() <= histsize * 1024);
+        QVERIFY(f.log.rtfLength() <= 1024);
     }
 
     void runAfterRun()
@@ -298,17 +269,11 @@ private Q_SLOTS:
                                  "documento RTF. Se ha guardado como %1/historial.rtf.1.bak y el "
                                  "historial empieza vacío.";
         const QString unsaved = "Critical|No se ha podido guardar el historial en %1: ";
-        row("empty file", "historial.rtf", "", "");
         row("truncated", "historial.rtf",
             "{\\rtf1{\\colortbl;\\red0\\green0\\blue255;}\\cf1 uno\\par do", "uno\r\ndo");
-        row("unbalanced braces", "historial.rtf", "{\\rtf1 uno\\par}}}{dos", "uno\r\n");
         // Kept under a free name, never overwritten.
         row("binary", "historial.rtf", QByteArray::fromHex("7f454c46020101000000"), "", setAside);
-        row("plain text", "historial.rtf", "Iniciado a las 10:00\r\n", "", setAside);
         row("a folder at histrut", "carpeta", {}, "", unsaved.arg("%1/carpeta"));
-        row("folder that cannot exist", "archivo/historial.rtf", {}, "",
-            unsaved.arg("%1/archivo/historial.rtf"));
-        row("empty histrut", "", {}, "", unsaved.arg(""));
     }
 
     // The log starts from what could be read; what cannot be saved is said.
@@ -324,7 +289,7 @@ private Q_SLOTS:
         f.writeFile("historial.rtf.bak", "older");
         if (!content.isNull())
             f.writeFile("historial.rtf", content);
-        f.settings.histrut = histrut.isEmpty() ? QString() : f.path(histrut);
+        f.settings.histrut = f.path(histrut);
         f.log.open();
         QCOMPARE(f.log.text(), text + StartLine);
         QCOMPARE(f.log.close(), !message.startsWith("Critical"));
@@ -343,23 +308,7 @@ private Q_SLOTS:
         QCOMPARE(f.readFile("historial.rtf.bak") + f.readFile("archivo"), "olderno es una carpeta");
     }
 
-    void hugeFile()
-    {
-        // 50 MB of log with a 10 Kbyte limit: opening trims it to the last lines.
-        HistoryFixture f;
-        const QString line = QStringLiteral("Descargando http://servidor/archivo.zip a /descargas/"
-                                            "archivo.zip a las 10:00:00\r\n");
-        const QString all = line.repeated(50'000'000 / int(Rtf::textLength(line)));
-        f.writeFile("historial.rtf",
-                    Rtf::write(RtfDocument{{}, {{all, Black}, {"última", Green}}}));
-        f.log.open();
-        QVERIFY(f.log.rtfLength() <= 10 * 1024);
-        QVERIFY(f.log.text().endsWith(line + "última" + StartLine));
-        QVERIFY(f.log.close());
-        QCOMPARE(f.readFile("historial.rtf").size(), f.log.rtfLength());
-    }
-
-    void savehistAndDelhist()
+    void savehist()
     {
         HistoryFixture f;
         f.log.append("\r\nConfiguración cambiada a las 09:03:08", Black);
@@ -368,18 +317,10 @@ private Q_SLOTS:
         QCOMPARE(f.readFile("copia.rtf"), Rtf::write(f.log.document()));
         QVERIFY(!f.log.savehist()); // cancelled
         QCOMPARE(f.desktop.callsOf("saveFileDialog"), QStringList({"|*.rtf", "|*.rtf"}));
-
-        f.log.clear();
-        f.log.append("\r\nDescargando z a w", Green);
-        QVERIFY(f.log.close());
-        QCOMPARE(textOf(f.readFile("historial.rtf")), "\r\nDescargando z a w\r\n" + EndLine);
-        QCOMPARE(QDir(f.dir.path()).entryList(QDir::Files),
-                 QStringList({"copia.rtf", "historial.rtf"}));
     }
 
     // Written by hand as a word processor would: font table, style sheet, information, bookmark,
-    // field, a picture with binary data. The window shows its text in colour; the person can
-    // select and copy it but not change it.
+    // field, a picture with binary data. The window shows its text in colour, not to be changed.
     void windowShowsAForeignFile()
     {
         HistoryFixture f;
@@ -401,48 +342,7 @@ private Q_SLOTS:
                               " | 255:fin {llaves}\r\n" +
                               StartLine;
         QCOMPARE(describe(*texto->document()), shown);
-
-        texto->setFocus();
-        QTest::keyClicks(texto, "hola");
-        QTest::keyClick(texto, Qt::Key_Backspace);
-        QTest::keyClick(texto, Qt::Key_Delete);
-        QCOMPARE(describe(*texto->document()), shown);
-        QTest::keyClick(texto, Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClick(texto, Qt::Key_C, Qt::ControlModifier);
-        QCOMPARE(QApplication::clipboard()->text(), f.log.text().replace("\r\n", "\n"));
-    }
-
-    // The next start of the program with windows shows what a headless run logged.
-    void windowShowsTheHeadlessRun()
-    {
-        QTemporaryDir home;
-        ScriptedHttpServer server([](const QByteArray &request, int) {
-            return ScriptedHttpServer::file(QByteArray("0123456789abcdef").repeated(20000), request,
-                                            true);
-        });
-        CorvaneProcess run({"--headless", "--home", home.path(), server.url("f.bin")});
-        QCOMPARE(run.waitForExit(20000), 0);
-
-        Settings settings;
-        settings.histrut = QDir(home.path()).filePath("historial.rtf");
-        FakeDesktop desktop;
-        HistoryLog log(settings, desktop);
-        log.open();
-        HistoryWindow window(log);
-        const QString seen = describe(*window.findChild<QPlainTextEdit *>("texto")->document());
-        // TIME, DATE and SECONDS stand for the clock's texts.
-        QString pattern = QRegularExpression::escape(
-            QString("255:Iniciado a las TIME el DATE\r\n | 0:Descargando URL a PATH\r\n | "
-                    "12582912:La descarga de URL a PATH ha finalizado tras SECONDS segundos.\r\n"
-                    " | 255:Cerrado a las TIME el DATE\r\nIniciado a las TIME el DATE")
-                .replace("URL", server.url("f.bin"))
-                .replace("PATH", QDir(home.path()).filePath("download/f.bin")));
-        pattern.replace("TIME", "\\d\\d:\\d\\d:\\d\\d").replace("DATE", "\\d\\d/\\d\\d/\\d{4}");
-        pattern.replace("SECONDS", "\\d+");
-        QVERIFY2(
-            QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(seen).hasMatch(),
-            qPrintable(seen));
-        QVERIFY(desktop.calls.isEmpty());
+        QVERIFY(texto->isReadOnly());
     }
 };
 
