@@ -98,7 +98,7 @@ QString QuickAdd::place(const QString &url, const FtpCredentials &login, const Q
         folder += QDir::separator();
     // The list takes a login out of the address; the history never shows it.
     const QString shown = SplitLogin(url).address;
-    const QString path = folder + FileNameOf(shown);
+    QString path = folder + FileNameOf(shown);
     if (QFile::exists(path)) {
         if (!m_desktop.askYesNo(
                 QStringLiteral("El archivo indicado ya existe. ¿Desea sobreescribirlo?")))

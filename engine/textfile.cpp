@@ -71,7 +71,7 @@ QString TextFileReader::readLine()
     qsizetype end = m_pos;
     while (end < m_content.size() && m_content[end] != '\r' && m_content[end] != '\n')
         ++end;
-    const QString line = QString::fromUtf8(m_content.mid(m_pos, end - m_pos));
+    QString line = QString::fromUtf8(m_content.mid(m_pos, end - m_pos));
     m_pos = end;
     skipLineEnd();
     return line;

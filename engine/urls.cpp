@@ -97,7 +97,7 @@ QString PathOf(const QString &url)
 
 QString FileNameOf(const QString &url)
 {
-    const QString index = QStringLiteral("index.html");
+    QString index = QStringLiteral("index.html");
     if (!url.contains(Slashes))
         return index;
     QString left = afterSlashes(url);
@@ -153,7 +153,7 @@ QString Resolved(const QString &base, const QString &given)
     if (std::any_of(given.begin(), given.end(),
                     [](QChar c) { return c.unicode() < 0x20 || c.unicode() == 0x7F; }))
         return {};
-    const QString reference = QString(given).replace(QLatin1Char(' '), QLatin1String("%20"));
+    QString reference = QString(given).replace(QLatin1Char(' '), QLatin1String("%20"));
     if (reference.startsWith(QLatin1String("http://")) ||
         reference.startsWith(QLatin1String("https://")) ||
         reference.startsWith(QLatin1String("ftp://")))

@@ -87,7 +87,7 @@ QString registerBrowsers(const QString &program, const QString &home, QStringLis
          QJsonDocument(firefoxManifest(host)).toJson()},
     };
     for (const auto &[path, bytes] : files) {
-        if (const QString error = save(path, bytes, path == host); !error.isEmpty())
+        if (QString error = save(path, bytes, path == host); !error.isEmpty())
             return error;
         written.append(path);
     }

@@ -89,7 +89,7 @@ QString FolderChooser::newfolder()
                              Desktop::Icon::Critical);
         return {};
     }
-    const QString path = inFolder(m_path, *name);
+    QString path = inFolder(m_path, *name);
     if (::mkdir(QFile::encodeName(path).constData(), 0777) != 0) {
         const int error = errno;
         m_desktop.messageBox(failed + QString::fromStdString(std::system_category().message(error)),

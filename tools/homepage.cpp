@@ -11,7 +11,7 @@ QUrl homePage(const QString &folder)
 
 QUrl homePageOf(const QString &setting, const QString &folder)
 {
-    const QUrl address(setting, QUrl::StrictMode);
+    QUrl address(setting, QUrl::StrictMode);
     if (address.isValid() && !address.scheme().isEmpty())
         return address;
     return QUrl::fromLocalFile(QDir(folder).absoluteFilePath(setting));

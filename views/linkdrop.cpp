@@ -16,7 +16,7 @@ QString droppedAddress(const QMimeData &data)
         return {};
     const QStringList lines = data.text().split(QLatin1Char('\n'));
     for (const QString &line : lines) {
-        const QString address = line.trimmed();
+        QString address = line.trimmed();
         if (!address.isEmpty())
             return address;
     }

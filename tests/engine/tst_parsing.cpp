@@ -60,13 +60,14 @@ const QHash<QString, std::function<QString(const QByteArray &)>> Pieces{
      }},
     // Code, length, payload, location, chunked; "data" when it is not a head at all.
     {"head",
-     [](const QByteArray &chunk) {
-         return !Http::isHead(chunk)
-                    ? QStringLiteral("data")
-                    : joined({QString::number(Http::statusCode(chunk)),
-                              QString::number(Http::contentLength(chunk)),
-                              chunk.mid(Http::bodyStart(chunk)), Http::location(chunk),
-                              Http::isChunked(chunk) ? QStringLiteral("chunked") : QString()});
+     [](const QByteArray &chunk) -> QString {
+         if (!Http::isHead(chunk))
+             return QStringLiteral("data");
+         const QStringList parts{
+             QString::number(Http::statusCode(chunk)), QString::number(Http::contentLength(chunk)),
+             QString::fromUtf8(chunk.mid(Http::bodyStart(chunk))), Http::location(chunk),
+             QString::fromLatin1(Http::isChunked(chunk) ? "chunked" : "")};
+         return joined(parts);
      }},
     // "rate ms:wanted ms:wanted ... ms:wait": what each read is given, and how long the last
     // must wait for a full read of 4096 bytes.
