@@ -60,10 +60,7 @@ void FtpTransfer::received(QByteArrayView chunk)
         writePayload(chunk);
     } catch (const Failure &failure) {
         // A write that failed (a full disk, a file taken away) ends this connection.
-        m_events.message(failure.description());
-        closeWs();
-        m_file.close();
-        armRedo();
+        dropAndRetry(failure.description());
     }
 }
 

@@ -82,10 +82,7 @@ void HttpTransfer::received(QByteArrayView chunk)
     } catch (const Failure &failure) {
         // A reply that cannot be taken apart, or a write that failed (a full disk, a file
         // taken away), ends this connection; it is tried again.
-        m_events.message(failure.description());
-        closeWs();
-        m_file.close();
-        armRedo();
+        dropAndRetry(failure.description());
     }
 }
 

@@ -175,7 +175,12 @@ void Transfer::failed(QAbstractSocket::SocketError)
     // A certificate that fails the check fails the same way every time: final, like a 404.
     if (!m_ws.certificateErrors().isEmpty())
         return refuseCertificate();
-    m_events.message(m_ws.errorString());
+    dropAndRetry(m_ws.errorString());
+}
+
+void Transfer::dropAndRetry(const QString &text)
+{
+    m_events.message(text);
     closeWs();
     m_file.close();
     armRedo();

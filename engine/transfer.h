@@ -94,6 +94,8 @@ protected:
     // After a chunk is written: progress, and the end once all of it is there.
     void written(qint64 wireBytes, bool complete);
     void lost();
+    // This connection ends with `text` for the person; the next try comes after the set pause.
+    void dropAndRetry(const QString &text);
     void finish();
     // A final failure: no retry. The message comes last, as the person may act while it is open.
     void failFinally(const QString &text);
