@@ -2,9 +2,11 @@
 
 #include "downloadslot.h"
 
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <optional>
+#include <utility>
 
 // What a row of a list window shows of one download.
 struct RowContent
@@ -16,6 +18,9 @@ struct RowContent
     std::optional<int> porcentaje; // none while the size is not known
     DownloadStatus status = DownloadStatus::Running;
     bool locked = false;
+    // A download on several connections: the stretches of the file already fetched, as
+    // fractions of its size (from, to), in order. Empty on one connection.
+    QList<std::pair<double, double>> parts;
 };
 
 // What both download lists announce and answer, for the windows that show them. A slot holds a
