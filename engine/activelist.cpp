@@ -43,6 +43,9 @@ ActiveList::ActiveList(const Settings &settings, Desktop &desktop, HistorySink &
     m_progressNotice.setSingleShot(true);
     m_progressNotice.setInterval(ProgressNoticeMs);
     connect(&m_progressNotice, &QTimer::timeout, this, &DownloadList::progressed);
+    m_saveSoon.setSingleShot(true);
+    m_saveSoon.setInterval(SaveSoonMs);
+    connect(&m_saveSoon, &QTimer::timeout, this, &ActiveList::guardar_lista_activas);
     m_tiempotrans.setInterval(1000);
     m_update.setInterval(1000);
     m_shutdown.setInterval(2000);
@@ -232,6 +235,7 @@ void ActiveList::delend()
 
 void ActiveList::guardar_lista_activas()
 {
+    m_saveSoon.stop();
     TextFileWriter writer;
     ExtrasByPath extras;
     for (int i = 1; i <= highestIndex(); ++i) {
@@ -243,7 +247,10 @@ void ActiveList::guardar_lista_activas()
     }
     try {
         writer.commit(m_folder.file(QStringLiteral("activas.dwn")));
-        writeExtras(m_folder.file(QStringLiteral("activas.json")), extras);
+        if (extras != m_savedExtras) {
+            writeExtras(m_folder.file(QStringLiteral("activas.json")), extras);
+            m_savedExtras = std::move(extras);
+        }
     } catch (const Failure &failure) {
         Q_EMIT statusText(StatusPanel::Mensajes, failure.description());
     }

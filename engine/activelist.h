@@ -53,6 +53,8 @@ class ActiveList final : public DownloadList
 public:
     // A progress notice goes out at most this often.
     static constexpr int ProgressNoticeMs = 250;
+    // A change the list keeps is saved at most this long after it happened.
+    static constexpr int SaveSoonMs = 1000;
 
     ActiveList(const Settings &settings, Desktop &desktop, HistorySink &history,
                const ProgramFolder &folder, QObject *parent = nullptr);
@@ -139,7 +141,7 @@ private:
         void finished() override { list->transferFinished(index); }
         void failed() override { list->transferFailed(index); }
         void exhausted() override { list->retriesExhausted(index); }
-        void kept() override { list->guardar_lista_activas(); }
+        void kept() override { list->m_saveSoon.start(); }
     };
 
     int nextFreeIndex() const;
@@ -175,6 +177,11 @@ private:
     mutable bool m_progressPending = false;
     bool m_apagar = false;
     QTimer m_progressNotice;
+    // What transfers learn of their files is saved once for many of them: each save is made
+    // durable on disk, which would cost a busy disk more than the download itself.
+    QTimer m_saveSoon;
+    // The extras last written beside the list; none before the first save.
+    std::optional<ExtrasByPath> m_savedExtras;
     QTimer m_tiempotrans;
     QTimer m_update;
     QTimer m_shutdown;

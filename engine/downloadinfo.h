@@ -16,7 +16,7 @@ struct DownloadInfo
     QString tiempo;
     QString estado;
     bool allowredo = false;
-    double done = 0; // the part on disk, 0 to 1; 0 while the size is unknown
+    double done = 0;    // the part on disk, 0 to 1; 0 while the size is unknown
     QString conexiones; // "Conexiones: n" while a download runs on several; empty otherwise
 };
 
