@@ -76,14 +76,6 @@ struct EngineFixture
             ListRecord{.Data = url, .path = path(name), .usernm = user, .passw = password});
     }
 
-    // One second of the timers of the list and of download 1.
-    void second()
-    {
-        active.tiempotransTick();
-        if (active.existe(1))
-            transfer(1).silenceTick();
-    }
-
     DownloadStatus status(int index) const { return active.slot(index).status; }
     Transfer &transfer(int index) const { return *active.transfer(index); }
 };
