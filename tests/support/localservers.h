@@ -104,11 +104,9 @@ protected:
 class NginxServer final : public LocalServer
 {
 public:
-    explicit NginxServer(const QString &root, const QString &extra = {})
-        : NginxServer(root, extra, ServerCertificate())
-    {}
     // Over TLS with that certificate when it has one; its addresses are then https://.
-    NginxServer(const QString &root, const QString &extra, const ServerCertificate &tls)
+    explicit NginxServer(const QString &root, const QString &extra = {},
+                         const ServerCertificate &tls = {})
         : LocalServer("/usr/sbin/nginx", tls.certificate.isEmpty() ? "http" : "https")
     {
         const QString work = m_work.path();
@@ -134,36 +132,6 @@ public:
                     .toUtf8());
         }
         m_process.setArguments({"-p", work, "-c", config.fileName(), "-e", work + "/error.log"});
-    }
-};
-
-// An anonymous, read-only FTP server over the folder, the stock one of the system's Python;
-// sending at most `bytesPerSecond` on a data connection when that is not 0.
-class FtpdServer final : public LocalServer
-{
-public:
-    explicit FtpdServer(const QString &root, int bytesPerSecond = 0)
-        : LocalServer("/usr/bin/python3")
-    {
-        // The system interpreter has the Debian package; keep another Python's paths out.
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.remove("PYTHONPATH");
-        environment.remove("PYTHONHOME");
-        m_process.setProcessEnvironment(environment);
-        const QString script =
-            "import logging, sys\n"
-            "from pyftpdlib.authorizers import DummyAuthorizer\n"
-            "from pyftpdlib.handlers import FTPHandler, ThrottledDTPHandler\n"
-            "from pyftpdlib.servers import FTPServer\n"
-            "ThrottledDTPHandler.write_limit = int(sys.argv[3])\n"
-            "FTPHandler.dtp_handler = ThrottledDTPHandler\n"
-            "FTPHandler.authorizer = DummyAuthorizer()\n"
-            "FTPHandler.authorizer.add_anonymous(sys.argv[2])\n"
-            "FTPHandler.authorizer.add_user('ana', 'se@c:reta', sys.argv[2])\n"
-            "logging.basicConfig(level=logging.DEBUG)\n"
-            "FTPServer(('127.0.0.1', int(sys.argv[1])), FTPHandler).serve_forever()\n";
-        m_process.setArguments(
-            {"-c", script, QString::number(m_port), root, QString::number(bytesPerSecond)});
     }
 };
 
@@ -197,7 +165,7 @@ public:
 };
 
 // The stock server proftpd, unpacked from its package into build/proftpd (it cannot be installed
-// beside vsftpd): anonymous, and the user "ana" (password "secreta") of a user file of its own.
+// beside vsftpd): anonymous, and the user "ana" (password "se@c:reta") of a user file of its own.
 class ProftpdServer final : public LocalServer
 {
 public:
@@ -208,8 +176,8 @@ public:
         openToAll(root);
         const QString work = m_work.path();
         m_logFile = work + "/commands.log";
-        // "secreta", hashed as the user file wants it.
-        const QString user = QStringLiteral("ana:$1$corvane$pLe8R2wzzsTUo8ZrfnHzK/:65534:65534::%1:"
+        // "se@c:reta", hashed as the user file wants it.
+        const QString user = QStringLiteral("ana:$1$corvane$ckXw.rac2EO9TIGmqDagd0:65534:65534::%1:"
                                             "/bin/sh\nftp:*:65534:65534::%1:/bin/sh\n")
                                  .arg(root);
         const auto write = [&](const QString &name, const QString &text) {
