@@ -4,7 +4,6 @@
 #include "localservers.h"
 #include "scriptedhttpserver.h"
 #include "testauthority.h"
-#include "urls.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -98,9 +97,7 @@ void TestHttp::resumeAfterDrop()
     f.write("f.bin", honourRange ? Content.left(1000) : QByteArray(1000, 'x'));
     f.active.addnew(ListRecord{.Data = url, .path = f.path("f.bin"), .bytes = 1001});
     QTRY_VERIFY(f.transfer(1).redoActive());
-    QCOMPARE(server.requests().value(0),
-             "GET /dir/f.bin HTTP/1.1\r\nUser-Agent: Corvane\r\nHost: " + HostLineOf(url).toUtf8() +
-                 "\r\nConnection: close\r\nRange: bytes=1000-\r\n\r\n");
+    QCOMPARE(ScriptedHttpServer::rangeStart(server.requests().value(0)), 1000);
     // Of a chunked body, the size line is framing, not file.
     const int kept = (honourRange ? 31000 : 30000) - (chunked ? 7 : 0);
     QCOMPARE(f.active.slot(1).bytes, kept + 1);

@@ -143,11 +143,8 @@ void TestRealTimers::ftpAfterKill()
     QDir(root.path()).mkdir("pub");
     const QByteArray big = randomBytes(2 * 1024 * 1024);
     const QByteArray songBytes = randomBytes(1000);
-    for (const auto &[name, bytes] :
-         {std::pair{"pub/grande.bin", big}, {"canción.mp3", songBytes}}) {
-        QFile file(root.filePath(QString::fromUtf8(name)));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-    }
+    QVERIFY(writeFile(root.filePath("pub/grande.bin"), big) &&
+            writeFile(root.filePath("canción.mp3"), songBytes));
     constexpr int Rate = 512 * 1024;
     std::unique_ptr<LocalServer> ftp;
     if (server == "vsftpd")

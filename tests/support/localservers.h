@@ -1,5 +1,6 @@
 #pragma once
 
+#include "files.h"
 #include "testauthority.h"
 
 #include <QDeadlineTimer>
@@ -52,14 +53,7 @@ public:
     }
     QString error() const { return m_error; }
     // What the server has said so far: its output, or the log file it was told to keep.
-    QByteArray log()
-    {
-        if (!m_logFile.isEmpty()) {
-            QFile file(m_logFile);
-            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-        }
-        return m_output;
-    }
+    QByteArray log() { return m_logFile.isEmpty() ? m_output : readFile(m_logFile); }
     QString url(const QString &name) const
     {
         return QStringLiteral("%1://127.0.0.1:%2/%3").arg(m_scheme).arg(m_port).arg(name);
@@ -115,23 +109,20 @@ public:
                 ? QString()
                 : QStringLiteral(" ssl;\n    ssl_certificate %1;\n    ssl_certificate_key %2")
                       .arg(tls.certificate, tls.key);
-        QFile config(work + "/nginx.conf");
-        if (config.open(QIODevice::WriteOnly)) {
-            config.write(
-                QStringLiteral(
-                    "daemon off;\nmaster_process off;\nworker_processes 1;\n"
-                    "pid %1/nginx.pid;\nerror_log %1/error.log;\n"
-                    "events { worker_connections 64; }\n"
-                    "http {\n  access_log off;\n  client_body_temp_path %1/body;\n"
-                    "  proxy_temp_path %1/proxy;\n  fastcgi_temp_path %1/fastcgi;\n"
-                    "  uwsgi_temp_path %1/uwsgi;\n  scgi_temp_path %1/scgi;\n"
-                    "  server {\n    listen 127.0.0.1:%2%3;\n    root %4;\n    %5\n  }\n}\n")
-                    .arg(work)
-                    .arg(m_port)
-                    .arg(secure, root, extra)
-                    .toUtf8());
-        }
-        m_process.setArguments({"-p", work, "-c", config.fileName(), "-e", work + "/error.log"});
+        writeFile(
+            work + "/nginx.conf",
+            QStringLiteral("daemon off;\nmaster_process off;\nworker_processes 1;\n"
+                           "pid %1/nginx.pid;\nerror_log %1/error.log;\n"
+                           "events { worker_connections 64; }\n"
+                           "http {\n  access_log off;\n  client_body_temp_path %1/body;\n"
+                           "  proxy_temp_path %1/proxy;\n  fastcgi_temp_path %1/fastcgi;\n"
+                           "  uwsgi_temp_path %1/uwsgi;\n  scgi_temp_path %1/scgi;\n"
+                           "  server {\n    listen 127.0.0.1:%2%3;\n    root %4;\n    %5\n  }\n}\n")
+                .arg(work)
+                .arg(m_port)
+                .arg(secure, root, extra)
+                .toUtf8());
+        m_process.setArguments({"-p", work, "-c", work + "/nginx.conf", "-e", work + "/error.log"});
     }
 };
 
@@ -147,20 +138,19 @@ public:
         const QString work = m_work.path();
         QDir(work).mkdir("empty");
         m_logFile = work + "/vsftpd.log";
-        QFile config(work + "/vsftpd.conf");
-        if (config.open(QIODevice::WriteOnly))
-            config.write(QStringLiteral(
-                             "listen=YES\nlisten_address=127.0.0.1\nlisten_port=%1\nbackground=NO\n"
-                             "anonymous_enable=YES\nanon_root=%2\nno_anon_password=YES\n"
-                             "local_enable=NO\nwrite_enable=NO\nseccomp_sandbox=NO\n"
-                             "secure_chroot_dir=%3/empty\nlog_ftp_protocol=YES\n"
-                             "xferlog_enable=YES\nxferlog_std_format=NO\nvsftpd_log_file=%4\n"
-                             "anon_max_rate=%5\n")
-                             .arg(m_port)
-                             .arg(root, work, m_logFile)
-                             .arg(bytesPerSecond)
-                             .toUtf8());
-        m_process.setArguments({config.fileName()});
+        writeFile(
+            work + "/vsftpd.conf",
+            QStringLiteral("listen=YES\nlisten_address=127.0.0.1\nlisten_port=%1\nbackground=NO\n"
+                           "anonymous_enable=YES\nanon_root=%2\nno_anon_password=YES\n"
+                           "local_enable=NO\nwrite_enable=NO\nseccomp_sandbox=NO\n"
+                           "secure_chroot_dir=%3/empty\nlog_ftp_protocol=YES\n"
+                           "xferlog_enable=YES\nxferlog_std_format=NO\nvsftpd_log_file=%4\n"
+                           "anon_max_rate=%5\n")
+                .arg(m_port)
+                .arg(root, work, m_logFile)
+                .arg(bytesPerSecond)
+                .toUtf8());
+        m_process.setArguments({work + "/vsftpd.conf"});
     }
 };
 
