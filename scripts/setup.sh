@@ -15,7 +15,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # installed side by side).
 packages=(cmake g++ ninja-build clang-format clang-tidy qt6-base-dev qt6-qpa-plugins qt6-multimedia-dev qt6-webengine-dev
           qt6-svg-dev qt6-translations-l10n libgl-dev fonts-dejavu-core
-          nginx-light python3-pyftpdlib openssl unrtf xvfb xauth xdotool
+          nginx-light openssl unrtf xvfb xauth xdotool
           dbus-daemon at-spi2-core python3-pyatspi desktop-file-utils appstream
           xclip chromium python3-websocket vsftpd)
 # Fuzzing: clang with its sanitizer and libFuzzer runtimes, and a compiler cache for its builds.

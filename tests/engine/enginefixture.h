@@ -2,12 +2,12 @@
 
 #include "activelist.h"
 #include "fakedesktop.h"
+#include "files.h"
 #include "inactivelist.h"
 #include "recordinghistory.h"
 #include "settings.h"
 #include "transfer.h"
 
-#include <QFile>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 
@@ -29,9 +29,7 @@ struct ServedFolder
 
     ServedFolder(const QString &name, int size) : bytes(randomBytes(size))
     {
-        QFile file(root.filePath(name));
-        if (file.open(QIODevice::WriteOnly))
-            file.write(bytes);
+        writeFile(root.filePath(name), bytes);
     }
 };
 
@@ -55,18 +53,8 @@ struct EngineFixture
 
     QString path(const QString &name) const { return dir.filePath(name); }
 
-    QByteArray read(const QString &name) const
-    {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-    void write(const QString &name, const QByteArray &bytes) const
-    {
-        QFile file(path(name));
-        if (file.open(QIODevice::WriteOnly))
-            file.write(bytes);
-    }
+    QByteArray read(const QString &name) const { return readFile(path(name)); }
+    void write(const QString &name, const QByteArray &bytes) const { writeFile(path(name), bytes); }
 
     // A new download of `url` into the folder, started at once; its index.
     int add(const QString &url, const QString &name = QStringLiteral("f.bin"),
@@ -74,14 +62,6 @@ struct EngineFixture
     {
         return active.addnew(
             ListRecord{.Data = url, .path = path(name), .usernm = user, .passw = password});
-    }
-
-    // One second of the timers of the list and of download 1.
-    void second()
-    {
-        active.tiempotransTick();
-        if (active.existe(1))
-            transfer(1).silenceTick();
     }
 
     DownloadStatus status(int index) const { return active.slot(index).status; }

@@ -1,6 +1,6 @@
-// FTP downloads end to end against the scripted server: the commands sent, byte for byte, and
-// the file written. How replies cut apart or run together are read is in tst_parsing; the stock
-// servers are in tst_realtimers.
+// FTP downloads end to end against the scripted server, for the answers stock servers rarely
+// give. How replies cut apart or run together are read is in tst_parsing; the stock servers, with
+// resuming, anonymous logins and escaped names, are in tst_realtimers.
 #include "enginefixture.h"
 #include "scriptedftpserver.h"
 
@@ -17,73 +17,32 @@ class TestFtp : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void commandSequence_data();
-    void commandSequence();
-    void missingFile_data();
-    void missingFile();
+    void refusals_data();
+    void refusals();
     void loginRefused();
 };
 
-void TestFtp::commandSequence_data()
+void TestFtp::refusals_data()
 {
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("user");
-    QTest::addColumn<int>("onDisk");
-    QTest::addColumn<bool>("refuseRest");
-    QTest::addColumn<QByteArray>("commands");
-    const auto row = [](const char *tag, const char *path, const char *user, int onDisk,
-                        bool refuseRest, const char *commands) {
-        QTest::newRow(tag) << QString(path) << QString(user) << onDisk << refuseRest
-                           << QByteArray(commands);
-    };
-    // A download reloaded from a list that kept no credentials.
-    row("resume with no user name: anonymous", "pub/x.zip", "", 5000, false,
-        "USER anonymous, PASS freepwd, TYPE I, CWD /pub, REST 0, SIZE x.zip, REST 5000, PASV, "
-        "RETR x.zip");
-    row("REST refused: whole file over the old one", "pub/x.zip", "anonymous", 5000, true,
-        "USER anonymous, PASS freepwd, TYPE I, CWD /pub, REST 0, SIZE x.zip, PASV, RETR x.zip");
-    // Names go decoded on the wire; a file at the root is in "/".
-    row("file at the root, escaped name", "canci%C3%B3n%20x.bin", "anonymous", 0, false,
-        "USER anonymous, PASS freepwd, TYPE I, CWD /, REST 0, SIZE canción x.bin, REST 0, PASV, "
-        "RETR canción x.bin");
-}
-
-void TestFtp::commandSequence()
-{
-    QFETCH(QString, path);
-    QFETCH(QString, user);
-    QFETCH(int, onDisk);
-    QFETCH(bool, refuseRest);
-    EngineFixture f;
-    ScriptedFtpServer server(Content);
-    server.answer = [&](const QByteArray &line) -> std::optional<QByteArray> {
-        if (refuseRest && line.startsWith("REST"))
-            return "502 No implementado\r\n";
-        return std::nullopt;
-    };
-    // What is on disk already: the true start of the file, or other bytes the server overwrites.
-    f.write("x.zip", refuseRest ? QByteArray(onDisk, 'x') : Content.left(onDisk));
-    f.add(server.url(path), "x.zip", user, user.isEmpty() ? "" : "freepwd");
-    QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
-    QTEST(server.commandWords(), "commands");
-    QCOMPARE(f.read("x.zip"), Content);
-    QCOMPARE(f.active.slot(1).total, Content.size());
-    QCOMPARE(f.active.slot(1).allowredo, !refuseRest);
-}
-
-void TestFtp::missingFile_data()
-{
-    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<QByteArray>("command"); // answered with `reply` instead of the usual
     QTest::addColumn<QByteArray>("reply");
-    QTest::newRow("folder") << QByteArray("CWD") << QByteArray("550 No existe\r\n");
-    QTest::newRow("retrieve") << QByteArray("RETR") << QByteArray("553 No permitido\r\n");
+    QTest::addColumn<QString>("end"); // "finished", or the message of the failure
+    // Other bytes on disk: the whole file goes over them, and the download no longer resumes.
+    QTest::newRow("REST refused") << QByteArray("REST") << QByteArray("502 No implementado\r\n")
+                                  << "finished";
+    // A file the server does not have fails at once, like a 404: no retry, no empty file.
+    const QString missing = "El archivo %1 no existe.";
+    QTest::newRow("no such folder")
+        << QByteArray("CWD") << QByteArray("550 No existe\r\n") << missing;
+    QTest::newRow("not retrievable")
+        << QByteArray("RETR") << QByteArray("553 No permitido\r\n") << missing;
 }
 
-// A file the server does not have fails at once, like a 404: no retry, no empty file.
-void TestFtp::missingFile()
+void TestFtp::refusals()
 {
     QFETCH(QByteArray, command);
     QFETCH(QByteArray, reply);
+    QFETCH(QString, end);
     EngineFixture f;
     ScriptedFtpServer server(Content);
     server.answer = [&](const QByteArray &line) -> std::optional<QByteArray> {
@@ -91,13 +50,20 @@ void TestFtp::missingFile()
             return reply;
         return std::nullopt;
     };
-    const QString url = server.url("pub/nada.iso");
-    f.add(url, "nada.iso", "anonymous", "freepwd");
+    if (end == "finished")
+        f.write("x.zip", QByteArray(5000, 'x'));
+    const QString url = server.url("pub/x.zip");
+    f.add(url, "x.zip", "anonymous", "freepwd");
+    if (end == "finished") {
+        QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
+        QCOMPARE(f.read("x.zip"), Content);
+        QVERIFY(!f.active.slot(1).allowredo);
+        return;
+    }
     QTRY_COMPARE(f.status(1), DownloadStatus::Exhausted);
     QVERIFY(!f.transfer(1).redoActive());
-    QCOMPARE(f.desktop.callsOf("showMessageWindow"),
-             QStringList{"El archivo " + url + " no existe.|"});
-    QVERIFY(!QFile::exists(f.path("nada.iso")));
+    QCOMPARE(f.desktop.callsOf("showMessageWindow"), QStringList{end.arg(url) + "|"});
+    QVERIFY(!QFile::exists(f.path("x.zip")));
 }
 
 void TestFtp::loginRefused()

@@ -170,9 +170,7 @@ void TestParsing::pieces_data()
     row("address", "ftp://h:70000/x", "h | Failure | x | x");
     row("address", "HTTPS://host/f.zip", refused + " | 80 | f.zip | f.zip");
     row("address", "ftp://[2001:db8::1]/p/f", "2001:db8::1 | 21 | p/f | f");
-    row("login", "ftp://ana:s%40c%3Areta@h:2121/f", "ftp://h:2121/f | ana | s@c:reta");
     row("login", "http://h/a@b", "http://h/a@b |  | "); // an @ in the path is no login
-    row("redirect", "http://h:81/a/f.bin ../b.zip", "http://h:81/b.zip");
     row("redirect", "https://h/a/f.bin //otro/x", "https://otro/x");
     row("redirect", "http://h/a/f.bin http://h/ a", "http://h/%20a");
     row("redirect", "http://h/a/f.bin file:///etc/passwd", "");
@@ -207,8 +205,7 @@ void TestParsing::pieces_data()
     };
     // The port is named when it is not the scheme's own.
     row("request", "https://h:443/f 0", request("h", "0"));
-    row("request", "http://h:443/f 0", request("h:443", "0"));
-    row("request", "http://[::1]:8080/f 5000000000", request("[::1]:8080", "5000000000"));
+    row("request", "http://h:443/f 5000000000", request("h:443", "5000000000"));
     // Extras only when the download has them; If-Range only on a resume.
     row("request", "http://h/f 0 http://p/a.html k=v \"e1\"",
         request("h", "0", "Referer: http://p/a.html\r\nCookie: k=v\r\n"));

@@ -1,14 +1,13 @@
 // The program run headless with its real timers, against scripted and real servers. Timers that
 // fire in the same instant, and a restart after a kill, can only be seen this way: these tests
 // wait real seconds (CTest label "slow"), each well under 20.
+#include "corvaneprocess.h"
 #include "enginefixture.h"
 #include "localservers.h"
 #include "scriptedhttpserver.h"
-#include "settingsmodel.h"
+#include "settingsfixture.h"
 
-#include <QDeadlineTimer>
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QTest>
 #include <csignal>
 #include <sys/resource.h>
@@ -18,49 +17,27 @@ namespace {
 const QByteArray Content = randomBytes(200000);
 
 // A program folder whose settings drop a connection after 5 silent seconds and retry 5 later.
-struct Home
+struct Home : SettingsFixture
 {
-    QTemporaryDir dir;
-    FakeDesktop desktop;
-    RecordingHistory history;
-
     Home()
     {
-        SettingsModel settings(ProgramFolder(dir.path()), desktop, history);
-        settings.setSpin(&Settings::waitv, 5);
-        settings.setSpin(&Settings::segsv, 5);
-        settings.save();
+        model.setSpin(&Settings::waitv, 5);
+        model.setSpin(&Settings::segsv, 5);
+        model.save();
     }
 
-    QString file(const QString &name) const
+    QString file(const QString &name) const { return path("download/" + name); }
+    QStringList headless(const QStringList &more) const
     {
-        return dir.filePath(QStringLiteral("download/") + name);
+        return QStringList{"--headless", "--home", dir.path()} + more;
+    }
+    // Runs the program until it ends, the test's servers answering meanwhile; its exit status,
+    // or -1 when it did not end in time.
+    int run(const QStringList &urls) const
+    {
+        return CorvaneProcess(headless(urls)).waitForExit(19000);
     }
 };
-
-void startHeadless(const Home &home, const QStringList &urls, QProcess &process)
-{
-    process.start(qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane",
-                  QStringList{"--headless", "--home", home.dir.path()} + urls);
-}
-
-// Runs the program over `home` until it ends, the test's servers answering meanwhile; its exit
-// status, or -1 when it did not end in time.
-int runHeadless(const Home &home, const QStringList &urls)
-{
-    QProcess process;
-    startHeadless(home, urls, process);
-    const QDeadlineTimer deadline(19000);
-    while (process.state() != QProcess::NotRunning && !deadline.hasExpired())
-        QTest::qWait(50);
-    return process.state() == QProcess::NotRunning ? process.exitCode() : -1;
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 } // namespace
 
@@ -92,11 +69,11 @@ void TestRealTimers::stalledThenRetried(int headDelayMs)
         reply.delayMs = index == 0 ? 0 : headDelayMs;
         return reply;
     });
-    QCOMPARE(runHeadless(home, {server.url("f.bin")}), 0);
+    QCOMPARE(home.run({server.url("f.bin")}), 0);
     // Dropped once after the silence, and the retry's own connection kept.
     QCOMPARE(server.connections(), 2);
     QCOMPARE(ScriptedHttpServer::rangeStart(server.requests().value(1)), 60000);
-    QCOMPARE(readFile(home.file("f.bin")), Content);
+    QCOMPARE(home.read("download/f.bin"), Content);
 }
 
 void TestRealTimers::trickleNeverDropped()
@@ -111,9 +88,9 @@ void TestRealTimers::trickleNeverDropped()
         reply.gapMs = 2000;
         return reply;
     });
-    QCOMPARE(runHeadless(home, {server.url("f.bin")}), 0);
+    QCOMPARE(home.run({server.url("f.bin")}), 0);
     QCOMPARE(server.connections(), 1);
-    QCOMPARE(readFile(home.file("f.bin")), Content);
+    QCOMPARE(home.read("download/f.bin"), Content);
 }
 
 // --limit-rate holds the whole download to its rate, and a connection waiting for the limit
@@ -128,16 +105,13 @@ void TestRealTimers::speedLimit()
     ::getrusage(RUSAGE_CHILDREN, &before);
     QElapsedTimer clock;
     clock.start();
-    QProcess process;
-    process.start(
-        qEnvironmentVariable("CORVANE_BIN_DIR") + "/corvane",
-        {"--headless", "--home", home.dir.path(), "--limit-rate", "1024", nginx.url("grande.bin")});
+    CorvaneProcess process(home.headless({"--limit-rate", "1024", nginx.url("grande.bin")}));
     QVERIFY(process.waitForFinished(19000));
     const qint64 elapsed = clock.elapsed();
     rusage after{};
     ::getrusage(RUSAGE_CHILDREN, &after);
     QCOMPARE(process.exitCode(), 0);
-    QCOMPARE(readFile(home.file("grande.bin")), served.bytes);
+    QCOMPARE(home.read("download/grande.bin"), served.bytes);
     // 3 MiB at 1 MiB/s, less the quarter second the limit may hold at the start.
     QVERIFY2(elapsed >= 2700 && elapsed <= 4500, qPrintable(QString::number(elapsed)));
     const auto cpuMs = [](const rusage &usage) {
@@ -152,11 +126,9 @@ void TestRealTimers::ftpAfterKill_data()
 {
     QTest::addColumn<QString>("server");
     QTest::addColumn<QString>("login"); // in the address of the second file
-    QTest::newRow("pyftpdlib") << "pyftpdlib"
-                               << "ana:se%40c%3Areta@";
     QTest::newRow("vsftpd") << "vsftpd" << QString();
     QTest::newRow("proftpd") << "proftpd"
-                             << "ana:secreta@";
+                             << "ana:se%40c%3Areta@";
 }
 
 // Stock servers as people run them: a file in a folder, killed at about 40 % and fetched on from
@@ -171,37 +143,31 @@ void TestRealTimers::ftpAfterKill()
     QDir(root.path()).mkdir("pub");
     const QByteArray big = randomBytes(2 * 1024 * 1024);
     const QByteArray songBytes = randomBytes(1000);
-    for (const auto &[name, bytes] :
-         {std::pair{"pub/grande.bin", big}, {"canción.mp3", songBytes}}) {
-        QFile file(root.filePath(QString::fromUtf8(name)));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-    }
+    QVERIFY(writeFile(root.filePath("pub/grande.bin"), big) &&
+            writeFile(root.filePath("canción.mp3"), songBytes));
     constexpr int Rate = 512 * 1024;
     std::unique_ptr<LocalServer> ftp;
     if (server == "vsftpd")
         ftp = std::make_unique<VsftpdServer>(root.path(), Rate);
-    else if (server == "proftpd")
-        ftp = std::make_unique<ProftpdServer>(root.path(), Rate);
     else
-        ftp = std::make_unique<FtpdServer>(root.path(), Rate);
+        ftp = std::make_unique<ProftpdServer>(root.path(), Rate);
     QVERIFY2(ftp->start(), qPrintable(ftp->error()));
     Home home;
-    QProcess first;
-    startHeadless(home, {ftp->url("pub/grande.bin")}, first);
+    CorvaneProcess first(home.headless({ftp->url("pub/grande.bin")}));
     QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(home.file("grande.bin")).size() > big.size() * 2 / 5, 10000);
     ::kill(pid_t(first.processId()), SIGKILL);
     QVERIFY(first.waitForFinished());
     const qint64 kept = QFileInfo(home.file("grande.bin")).size();
     // Added as quick add does: the list keeps no user name or password.
-    const QList<QByteArray> saved = readFile(home.dir.filePath("activas.dwn")).split('\n');
+    const QList<QByteArray> saved = home.read("activas.dwn").split('\n');
     QCOMPARE(saved.mid(6, 2), (QList<QByteArray>{"\r", "\r"}));
 
     const QString song = ftp->url("canci%C3%B3n.mp3").insert(6, login);
-    QCOMPARE(runHeadless(home, {song, ftp->url("nada.bin")}), 1);
-    QCOMPARE(readFile(home.file("grande.bin")), big);
+    QCOMPARE(home.run({song, ftp->url("nada.bin")}), 1);
+    QCOMPARE(home.read("download/grande.bin"), big);
     QVERIFY2(ftp->log().contains(QByteArray("REST " + QByteArray::number(kept))),
              ftp->log().right(3000));
-    QCOMPARE(readFile(home.file("canción.mp3")), songBytes);
+    QCOMPARE(home.read("download/canción.mp3"), songBytes);
     QCOMPARE(ftp->log().contains("USER ana"), !login.isEmpty());
     QVERIFY(!QFile::exists(home.file("nada.bin")));
 }

@@ -2,6 +2,8 @@
 
 // What the fuzz targets share: the input as Qt bytes, files in a folder of this process, and
 // checks that stop the run like a crash, so that libFuzzer keeps the input that broke them.
+#include "failure.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QTemporaryDir>
@@ -20,6 +22,15 @@ inline void require(bool holds, const char *what)
         return;
     std::fprintf(stderr, "Wrong result: %s\n", what);
     std::abort();
+}
+
+// Runs `parse`, for which a Failure is one of the expected answers.
+template <typename Parse> void tolerating(Parse parse)
+{
+    try {
+        parse();
+    } catch (const Failure &) {
+    }
 }
 
 inline const QTemporaryDir &scratchFolder()

@@ -1,5 +1,4 @@
 // "view.win", the windows and bars shown, as read at start and written on closing.
-#include "failure.h"
 #include "fuzzing.h"
 #include "viewswitches.h"
 

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "fakedesktop.h"
+#include "files.h"
 #include "recordinghistory.h"
 #include "settingsmodel.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 // A fresh program folder with the scripted desktop and a settings model over it.
@@ -23,17 +23,8 @@ struct SettingsFixture
         model.setCheck(&Settings::wavs, false);
         return model.save();
     }
-    void write(const QString &name, const QByteArray &bytes) const
-    {
-        QFile file(path(name));
-        if (file.open(QIODevice::WriteOnly))
-            file.write(bytes);
-    }
-    QByteArray read(const QString &name) const
-    {
-        QFile file(path(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
+    void write(const QString &name, const QByteArray &bytes) const { writeFile(path(name), bytes); }
+    QByteArray read(const QString &name) const { return readFile(path(name)); }
 
     QTemporaryDir dir;
     FakeDesktop desktop;

@@ -15,9 +15,7 @@ const QString Source = qEnvironmentVariable("CORVANE_SOURCE_DIR");
 
 QJsonObject jsonOf(const QString &path)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object()
-                                          : QJsonObject();
+    return QJsonDocument::fromJson(readFile(path)).object();
 }
 
 } // namespace

@@ -85,11 +85,8 @@ void TestNativeHost::initTestCase()
 {
     QVERIFY2(m_x.start(), qPrintable(m_x.error()));
     QVERIFY(m_home.saveQuiet());
-    for (const QString &home : {m_home.folder(), m_idle.path()}) {
-        QFile endings(home + "/listado.lst");
-        QVERIFY(endings.open(QIODevice::WriteOnly));
-        endings.write("exe\r\n\r\n.pdf\r\n");
-    }
+    for (const QString &home : {m_home.folder(), m_idle.path()})
+        QVERIFY(writeFile(home + "/listado.lst", "exe\r\n\r\n.pdf\r\n"));
 }
 
 // A message too long is answered and skipped, the next read on; one cut short ends the run.

@@ -58,7 +58,7 @@ private Q_SLOTS:
         // Headless, it refuses: the folder is in use.
         CorvaneProcess third({"--headless", "--home", home.folder()});
         QCOMPARE(third.waitForExit(10000), 3);
-        QVERIFY(third.errorText().contains("ya se está ejecutando"));
+        QVERIFY(QString::fromUtf8(third.readAllStandardError()).contains("ya se está ejecutando"));
 
         // What a person does to leave: the Archivo menu, then Salir, with the keyboard. The keys go
         // to whatever has the focus; the window is gone by the time they are done.

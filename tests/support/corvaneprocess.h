@@ -21,28 +21,24 @@ public:
     }
     ~CorvaneProcess() override
     {
-        if (!ended()) {
+        if (state() != NotRunning) {
             kill();
             waitForFinished(3000);
         }
     }
 
-    void launch(const QStringList &arguments,
-                const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment(),
-                ProcessChannelMode output = SeparateChannels)
+    void launch(const QStringList &arguments, const QProcessEnvironment &environment,
+                ProcessChannelMode output)
     {
         setProcessEnvironment(environment);
         setProcessChannelMode(output);
         start(built(), arguments);
     }
-    bool ended() const { return state() == NotRunning; }
     // Waits up to `ms` with the test's event loop running, so that its servers answer meanwhile.
     // The exit status; -1 when it is still running or crashed.
     int waitForExit(int ms)
     {
-        const bool done = QTest::qWaitFor([this] { return ended(); }, ms);
+        const bool done = QTest::qWaitFor([this] { return state() == NotRunning; }, ms);
         return done && error() != FailedToStart && exitStatus() == NormalExit ? exitCode() : -1;
     }
-    QString outputText() { return QString::fromUtf8(readAllStandardOutput()); }
-    QString errorText() { return QString::fromUtf8(readAllStandardError()); }
 };

@@ -47,11 +47,7 @@ public:
                                     const QString &title) override
     {
         note({"inputBox", prompt, initial}, title);
-        const bool answered = !inputAnswers.empty() && inputAnswers.front();
-        const QString text = answered ? *inputAnswers.front() : QString();
-        if (!inputAnswers.empty())
-            inputAnswers.pop_front();
-        return answered ? std::optional(text) : std::nullopt;
+        return take(inputAnswers, std::optional<QString>());
     }
     QString openFileDialog(const QString &initial, const QString &filter) override
     {

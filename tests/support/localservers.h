@@ -1,5 +1,6 @@
 #pragma once
 
+#include "files.h"
 #include "testauthority.h"
 
 #include <QDeadlineTimer>
@@ -52,14 +53,7 @@ public:
     }
     QString error() const { return m_error; }
     // What the server has said so far: its output, or the log file it was told to keep.
-    QByteArray log()
-    {
-        if (!m_logFile.isEmpty()) {
-            QFile file(m_logFile);
-            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-        }
-        return m_output;
-    }
+    QByteArray log() { return m_logFile.isEmpty() ? m_output : readFile(m_logFile); }
     QString url(const QString &name) const
     {
         return QStringLiteral("%1://127.0.0.1:%2/%3").arg(m_scheme).arg(m_port).arg(name);
@@ -104,11 +98,9 @@ protected:
 class NginxServer final : public LocalServer
 {
 public:
-    explicit NginxServer(const QString &root, const QString &extra = {})
-        : NginxServer(root, extra, ServerCertificate())
-    {}
     // Over TLS with that certificate when it has one; its addresses are then https://.
-    NginxServer(const QString &root, const QString &extra, const ServerCertificate &tls)
+    explicit NginxServer(const QString &root, const QString &extra = {},
+                         const ServerCertificate &tls = {})
         : LocalServer("/usr/sbin/nginx", tls.certificate.isEmpty() ? "http" : "https")
     {
         const QString work = m_work.path();
@@ -117,53 +109,20 @@ public:
                 ? QString()
                 : QStringLiteral(" ssl;\n    ssl_certificate %1;\n    ssl_certificate_key %2")
                       .arg(tls.certificate, tls.key);
-        QFile config(work + "/nginx.conf");
-        if (config.open(QIODevice::WriteOnly)) {
-            config.write(
-                QStringLiteral(
-                    "daemon off;\nmaster_process off;\nworker_processes 1;\n"
-                    "pid %1/nginx.pid;\nerror_log %1/error.log;\n"
-                    "events { worker_connections 64; }\n"
-                    "http {\n  access_log off;\n  client_body_temp_path %1/body;\n"
-                    "  proxy_temp_path %1/proxy;\n  fastcgi_temp_path %1/fastcgi;\n"
-                    "  uwsgi_temp_path %1/uwsgi;\n  scgi_temp_path %1/scgi;\n"
-                    "  server {\n    listen 127.0.0.1:%2%3;\n    root %4;\n    %5\n  }\n}\n")
-                    .arg(work)
-                    .arg(m_port)
-                    .arg(secure, root, extra)
-                    .toUtf8());
-        }
-        m_process.setArguments({"-p", work, "-c", config.fileName(), "-e", work + "/error.log"});
-    }
-};
-
-// An anonymous, read-only FTP server over the folder, the stock one of the system's Python;
-// sending at most `bytesPerSecond` on a data connection when that is not 0.
-class FtpdServer final : public LocalServer
-{
-public:
-    explicit FtpdServer(const QString &root, int bytesPerSecond = 0)
-        : LocalServer("/usr/bin/python3")
-    {
-        // The system interpreter has the Debian package; keep another Python's paths out.
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.remove("PYTHONPATH");
-        environment.remove("PYTHONHOME");
-        m_process.setProcessEnvironment(environment);
-        const QString script =
-            "import logging, sys\n"
-            "from pyftpdlib.authorizers import DummyAuthorizer\n"
-            "from pyftpdlib.handlers import FTPHandler, ThrottledDTPHandler\n"
-            "from pyftpdlib.servers import FTPServer\n"
-            "ThrottledDTPHandler.write_limit = int(sys.argv[3])\n"
-            "FTPHandler.dtp_handler = ThrottledDTPHandler\n"
-            "FTPHandler.authorizer = DummyAuthorizer()\n"
-            "FTPHandler.authorizer.add_anonymous(sys.argv[2])\n"
-            "FTPHandler.authorizer.add_user('ana', 'se@c:reta', sys.argv[2])\n"
-            "logging.basicConfig(level=logging.DEBUG)\n"
-            "FTPServer(('127.0.0.1', int(sys.argv[1])), FTPHandler).serve_forever()\n";
-        m_process.setArguments(
-            {"-c", script, QString::number(m_port), root, QString::number(bytesPerSecond)});
+        writeFile(
+            work + "/nginx.conf",
+            QStringLiteral("daemon off;\nmaster_process off;\nworker_processes 1;\n"
+                           "pid %1/nginx.pid;\nerror_log %1/error.log;\n"
+                           "events { worker_connections 64; }\n"
+                           "http {\n  access_log off;\n  client_body_temp_path %1/body;\n"
+                           "  proxy_temp_path %1/proxy;\n  fastcgi_temp_path %1/fastcgi;\n"
+                           "  uwsgi_temp_path %1/uwsgi;\n  scgi_temp_path %1/scgi;\n"
+                           "  server {\n    listen 127.0.0.1:%2%3;\n    root %4;\n    %5\n  }\n}\n")
+                .arg(work)
+                .arg(m_port)
+                .arg(secure, root, extra)
+                .toUtf8());
+        m_process.setArguments({"-p", work, "-c", work + "/nginx.conf", "-e", work + "/error.log"});
     }
 };
 
@@ -179,25 +138,24 @@ public:
         const QString work = m_work.path();
         QDir(work).mkdir("empty");
         m_logFile = work + "/vsftpd.log";
-        QFile config(work + "/vsftpd.conf");
-        if (config.open(QIODevice::WriteOnly))
-            config.write(QStringLiteral(
-                             "listen=YES\nlisten_address=127.0.0.1\nlisten_port=%1\nbackground=NO\n"
-                             "anonymous_enable=YES\nanon_root=%2\nno_anon_password=YES\n"
-                             "local_enable=NO\nwrite_enable=NO\nseccomp_sandbox=NO\n"
-                             "secure_chroot_dir=%3/empty\nlog_ftp_protocol=YES\n"
-                             "xferlog_enable=YES\nxferlog_std_format=NO\nvsftpd_log_file=%4\n"
-                             "anon_max_rate=%5\n")
-                             .arg(m_port)
-                             .arg(root, work, m_logFile)
-                             .arg(bytesPerSecond)
-                             .toUtf8());
-        m_process.setArguments({config.fileName()});
+        writeFile(
+            work + "/vsftpd.conf",
+            QStringLiteral("listen=YES\nlisten_address=127.0.0.1\nlisten_port=%1\nbackground=NO\n"
+                           "anonymous_enable=YES\nanon_root=%2\nno_anon_password=YES\n"
+                           "local_enable=NO\nwrite_enable=NO\nseccomp_sandbox=NO\n"
+                           "secure_chroot_dir=%3/empty\nlog_ftp_protocol=YES\n"
+                           "xferlog_enable=YES\nxferlog_std_format=NO\nvsftpd_log_file=%4\n"
+                           "anon_max_rate=%5\n")
+                .arg(m_port)
+                .arg(root, work, m_logFile)
+                .arg(bytesPerSecond)
+                .toUtf8());
+        m_process.setArguments({work + "/vsftpd.conf"});
     }
 };
 
 // The stock server proftpd, unpacked from its package into build/proftpd (it cannot be installed
-// beside vsftpd): anonymous, and the user "ana" (password "secreta") of a user file of its own.
+// beside vsftpd): anonymous, and the user "ana" (password "se@c:reta") of a user file of its own.
 class ProftpdServer final : public LocalServer
 {
 public:
@@ -208,8 +166,8 @@ public:
         openToAll(root);
         const QString work = m_work.path();
         m_logFile = work + "/commands.log";
-        // "secreta", hashed as the user file wants it.
-        const QString user = QStringLiteral("ana:$1$corvane$pLe8R2wzzsTUo8ZrfnHzK/:65534:65534::%1:"
+        // "se@c:reta", hashed as the user file wants it.
+        const QString user = QStringLiteral("ana:$1$corvane$ckXw.rac2EO9TIGmqDagd0:65534:65534::%1:"
                                             "/bin/sh\nftp:*:65534:65534::%1:/bin/sh\n")
                                  .arg(root);
         const auto write = [&](const QString &name, const QString &text) {
