@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Throughput benchmark: Corvane's headless mode against curl and wget on loopback.
+"""Throughput benchmark: Corvane's headless mode against curl, wget and aria2c on loopback.
 
 Standard library only. Normally started by bench/run.sh, which installs the packages and
 builds Corvane; see bench/README.md for what the columns mean.
@@ -30,15 +30,45 @@ BIG_SIZE = 1 * GIB
 MANY_COUNT = 40
 MANY_SIZE = 25 * MIB
 MANY_DIR = "many"
+MID_NAME = "mid.bin"
+MID_SIZE = 256 * MIB
+# (e): what nginx lets each connection have (its limit_rate; nginx's "m" is MiB).
+CAP_MIB_S = 16
+# (g): Corvane's --limit-rate, in Kb/s of 1024 bytes.
+LIMIT_KB = 20000
 
 SCENARIOS = {
     "a": "1 GiB file over HTTP, written to disk",
     "b": "1 GiB file over FTP, written to disk",
     "c": f"{MANY_COUNT} files of 25 MiB at once over HTTP",
     "d": "1 GiB file over HTTPS, written to disk",
+    "e": f"{MID_SIZE // MIB} MiB file over HTTP from a server that holds each connection to "
+         f"{CAP_MIB_S} MiB/s",
+    "f": "1 GiB file over HTTP, Corvane on 4 connections and on 1",
+    "g": f"{MID_SIZE // MIB} MiB file over HTTP under Corvane's speed limit "
+         f"(--limit-rate {LIMIT_KB})",
 }
-CLIENTS = ["corvane", "curl", "wget", "corvane-gui"]
-DEFAULT_CLIENTS = ["corvane", "curl", "wget"]
+# Corvane on N connections: "conexiones" in its preferencias.ini; aria2c on N: -xN -sN -k1M.
+CONNECTIONS = {"corvane-c1": 1, "corvane-c4": 4, "corvane-c16": 16,
+               "aria2c-x4": 4, "aria2c-x16": 16}
+CLIENTS = ["corvane", "curl", "wget", "corvane-gui", *CONNECTIONS]
+# The clients each scenario can run, and those it runs when CLIENTS does not say.
+SCENARIO_CLIENTS = {
+    **{sc: ["corvane", "curl", "wget", "corvane-gui"] for sc in "abcd"},
+    "e": ["corvane-c1", "corvane-c4", "corvane-c16", "aria2c-x4", "aria2c-x16", "curl"],
+    "f": ["corvane-c1", "corvane-c4"],
+    "g": ["corvane", "corvane-c1", "corvane-c4", "corvane-c16"],
+}
+DEFAULT_CLIENTS = {
+    **{sc: ["corvane", "curl", "wget"] for sc in "abcd"},
+    "e": SCENARIO_CLIENTS["e"],
+    "f": SCENARIO_CLIENTS["f"],
+    "g": ["corvane"],
+}
+# Scenarios whose clients may write the file out of order (several connections, or a file
+# made its full size at once): the transfer time runs from the first byte on disk to the
+# client's exit, as the file's size no longer tells when the last byte came.
+UNORDERED = {"e", "f", "g"}
 # The program with its windows: the active list and the speed graph shown, the bars too
 # ("view.win": web, history, active, inactive, statistics, toolbar, quick-add bar).
 GUI_VIEWS = bytes.fromhex("0000" "0000" "ffff" "0000" "ffff" "ffff" "ffff")
@@ -57,7 +87,7 @@ def many_names():
 
 def source_files(data):
     """(relative path, size) of every source file."""
-    files = [(BIG_NAME, BIG_SIZE)]
+    files = [(BIG_NAME, BIG_SIZE), (MID_NAME, MID_SIZE)]
     files += [(f"{MANY_DIR}/{n}", MANY_SIZE) for n in many_names()]
     return files
 
@@ -176,6 +206,15 @@ def read_io(pid):
         return {}
 
 
+def has_exited(proc):
+    """Whether the process has ended, without reaping it: the run reaps it itself, for its
+    resource use."""
+    try:
+        return os.waitid(os.P_PID, proc.pid, os.WEXITED | os.WNOHANG | os.WNOWAIT) is not None
+    except ChildProcessError:
+        return True
+
+
 def _die_with_parent():
     # Servers and clients get SIGTERM if this script dies without cleaning up.
     try:
@@ -211,6 +250,7 @@ class Servers:
         self.procs = []
         self.http_port = None
         self.https_port = None
+        self.capped_port = None
         self.ca_file = None
         self.ftp_port = None
 
@@ -224,6 +264,7 @@ class Servers:
         os.makedirs(os.path.join(ngx, "logs"), exist_ok=True)
         self.http_port = free_port()
         self.https_port = free_port()
+        self.capped_port = free_port()
         cert, key = self.make_certificate(ngx)
         temp_dirs = ""
         for kind in ("client_body", "proxy", "fastcgi", "uwsgi", "scgi"):
@@ -256,6 +297,11 @@ http {{
         root {self.data};
         location / {{ }}
     }}
+    server {{
+        listen 127.0.0.1:{self.capped_port};
+        root {self.data};
+        location / {{ limit_rate {CAP_MIB_S}m; }}
+    }}
 }}
 """)
         nginx = shutil.which("nginx") or "/usr/sbin/nginx"
@@ -266,6 +312,7 @@ http {{
         self._record(proc)
         wait_for_port(self.http_port, proc, "nginx")
         wait_for_port(self.https_port, proc, "nginx (TLS)")
+        wait_for_port(self.capped_port, proc, "nginx (capped)")
 
         self.ftp_port = free_port()
         ftp_log = open(os.path.join(self.state, "ftp.log"), "w")
@@ -275,7 +322,8 @@ http {{
                                 start_new_session=True, preexec_fn=_die_with_parent)
         self._record(proc)
         wait_for_port(self.ftp_port, proc, "pyftpdlib")
-        log(f"  nginx on 127.0.0.1:{self.http_port} (TLS on {self.https_port}), "
+        log(f"  nginx on 127.0.0.1:{self.http_port} (TLS on {self.https_port}, "
+            f"{CAP_MIB_S} MiB/s a connection on {self.capped_port}), "
             f"pyftpdlib on 127.0.0.1:{self.ftp_port}")
 
     def make_certificate(self, folder):
@@ -345,14 +393,17 @@ class TransferClock(threading.Thread):
     """Watches the destination files: when the first byte of the run reached the disk and when
     the last did, so that a client's start-up and exit are not counted as transfer time. The
     program with windows does not end by itself: once every file is whole it is asked to close
-    (SIGTERM, handled as the main window's close: lists saved, then exit)."""
-    def __init__(self, time_proc, paths, sizes, close):
+    (SIGTERM, handled as the main window's close: lists saved, then exit). With `to_exit` the
+    last byte is taken to have come when the client exits: a file written out of order has its
+    full size long before it is whole."""
+    def __init__(self, time_proc, paths, sizes, close, to_exit=False):
         super().__init__(daemon=True)
         self.time_proc, self.paths, self.sizes, self.close = time_proc, paths, sizes, close
+        self.to_exit = to_exit
         self.first = self.last = None
 
     def run(self):
-        while self.time_proc.poll() is None:
+        while not has_exited(self.time_proc):
             have = []
             for p in self.paths:
                 try:
@@ -362,10 +413,12 @@ class TransferClock(threading.Thread):
             now = time.perf_counter()
             if self.first is None and any(have):
                 self.first = now
-            if all(h >= n for h, n in zip(have, self.sizes)):
+            if not self.to_exit and all(h >= n for h, n in zip(have, self.sizes)):
                 self.last = now
                 break
             time.sleep(0.002)
+        if self.to_exit and self.first is not None:
+            self.last = time.perf_counter()
         if self.close and self.last is not None:
             try:
                 with open(f"/proc/{self.time_proc.pid}/task/{self.time_proc.pid}/children") as f:
@@ -421,10 +474,15 @@ class Runner:
     # What each scenario fetches: list of (url, relative source path, destination name).
     def jobs(self, scenario):
         h = f"http://127.0.0.1:{self.servers.http_port}"
+        if scenario == "e":
+            capped = f"http://127.0.0.1:{self.servers.capped_port}"
+            return [(f"{capped}/{MID_NAME}", MID_NAME, MID_NAME)]
+        if scenario == "g":
+            return [(f"{h}/{MID_NAME}", MID_NAME, MID_NAME)]
         if scenario == "d":
             return [(f"https://127.0.0.1:{self.servers.https_port}/{BIG_NAME}", BIG_NAME, BIG_NAME)]
         f = f"ftp://127.0.0.1:{self.servers.ftp_port}"
-        if scenario == "a":
+        if scenario in ("a", "f"):
             return [(f"{h}/{BIG_NAME}", BIG_NAME, BIG_NAME)]
         if scenario == "b":
             return [(f"{f}/{BIG_NAME}", BIG_NAME, BIG_NAME)]
@@ -432,8 +490,10 @@ class Runner:
 
     def commands(self, client, scenario, jobs):
         """The processes to start for one run (all at once)."""
-        if client == "corvane":
-            return [[self.args.corvane, "--headless", "--home", self.home] + [u for u, _, _ in jobs]]
+        if client == "corvane" or client.startswith("corvane-c"):
+            limit = ["--limit-rate", str(LIMIT_KB)] if scenario == "g" else []
+            return [[self.args.corvane, "--headless", "--home", self.home] + limit
+                    + [u for u, _, _ in jobs]]
         if client == "corvane-gui":
             return [[self.args.corvane, "--home", self.home] + [u for u, _, _ in jobs]]
         if client == "curl":
@@ -449,9 +509,20 @@ class Runner:
             trust = [f"--ca-certificate={self.servers.ca_file}"] if scenario == "d" else []
             return [["wget", "-q"] + trust + ["-O", os.path.join(self.dest, name), url]
                     for url, _, name in jobs]
+        if client.startswith("aria2c-"):
+            n = str(CONNECTIONS[client])
+            # No configuration file, no progress readout; the file is not allocated first
+            # (the cheapest way for aria2c, as the others allocate nothing either).
+            cmd = ["aria2c", "--no-conf", f"-x{n}", f"-s{n}", "-k1M", "--file-allocation=none",
+                   "--allow-overwrite=true", "--auto-file-renaming=false",
+                   "--summary-interval=0", "--show-console-readout=false",
+                   "--download-result=hide", "--console-log-level=warn", "-d", self.dest]
+            if scenario == "d":
+                cmd += [f"--ca-certificate={self.servers.ca_file}"]
+            return [cmd + ["-o", name, url] for url, _, name in jobs]
         raise ValueError(client)
 
-    def reset(self, scenario):
+    def reset(self, scenario, client=None):
         shutil.rmtree(self.dest, ignore_errors=True)
         os.makedirs(self.dest)
         # Corvane's home starts fresh: no lists, no history, only the settings file.
@@ -462,6 +533,9 @@ class Runner:
             f.write(corvane_ini(self.dest + "/", maxdesc, os.path.join(self.home, "historial.rtf")))
         with open(os.path.join(self.home, "view.win"), "wb") as f:
             f.write(GUI_VIEWS)
+        if client in CONNECTIONS and client.startswith("corvane-"):
+            with open(os.path.join(self.home, "preferencias.ini"), "w") as f:
+                f.write(f"[General]\nconexiones={CONNECTIONS[client]}\n")
 
     def kill_running(self):
         for proc in self.running:
@@ -472,7 +546,7 @@ class Runner:
 
     def run(self, client, scenario, round_no):
         jobs = self.jobs(scenario)
-        self.reset(scenario)
+        self.reset(scenario, client)
         os.sync()
         preread(os.path.join(self.args.data, rel) for _, rel, _ in jobs)
         quiet = wait_until_quiet(self.args.quiet_wait)
@@ -505,7 +579,7 @@ class Runner:
         watchdog.start()
         clock = TransferClock(self.running[0], [os.path.join(self.dest, n) for _, _, n in jobs],
                               [os.path.getsize(os.path.join(self.args.data, r)) for _, r, _ in jobs],
-                              close=client == "corvane-gui")
+                              close=client == "corvane-gui", to_exit=scenario in UNORDERED)
         clock.start()
         cpu = 0.0
         minflt = 0
@@ -649,7 +723,57 @@ def ratio_table(rs, rounds, mine_name, base_name, title):
             "| CPU s | " + " | ".join(cells_c) + f" | {med_c} |"]
 
 
-def report(results, scenarios, clients, rounds):
+# Per round, one client against another: (scenario, client, base, title).
+RATIOS = [
+    ("abcd", "corvane", "curl", "Corvane/curl"),
+    ("abcd", "corvane-gui", "corvane", "windows/headless"),
+    ("e", "corvane-c1", "curl", "Corvane/curl, 1 connection"),
+    ("e", "corvane-c4", "aria2c-x4", "Corvane/aria2c, 4 connections"),
+    ("e", "corvane-c16", "aria2c-x16", "Corvane/aria2c, 16 connections"),
+    ("f", "corvane-c4", "corvane-c1", "4 connections/1"),
+]
+
+
+def median_of(rs, client, key):
+    values = [r[key] for r in rs if r["client"] == client and r["ok"] and r.get(key)]
+    return statistics.median(values) if values else None
+
+
+def targets(sc, rs):
+    """What (e) and (g) are judged by, from the medians of the ok runs."""
+    lines = []
+    if sc == "e":
+        for cl, n in CONNECTIONS.items():
+            if not cl.startswith("corvane-"):
+                continue
+            mine = median_of(rs, cl, "transfer_mb_s")
+            if mine is None:
+                continue
+            floor = 0.9 * CAP_MIB_S * MIB * n / 1e6
+            verdict = "met" if mine >= floor else "NOT met"
+            text = (f"- {cl}: transfer {mine:.1f} MB/s against ≥ {floor:.1f} MB/s "
+                    f"(0.9 × {CAP_MIB_S} MiB/s × {n}): {verdict}")
+            rival = next((c for c, m in CONNECTIONS.items()
+                          if c.startswith("aria2c-") and m == n), None)
+            theirs = median_of(rs, rival, "transfer_mb_s") if rival else None
+            if theirs is not None:
+                verdict = "met" if mine >= theirs else "NOT met"
+                text += f"; {rival} {theirs:.1f} MB/s, Corvane ≥ aria2c: {verdict}"
+            lines.append(text)
+    if sc == "g":
+        limit = LIMIT_KB * 1024 / 1e6
+        for cl in SCENARIO_CLIENTS["g"]:
+            mine = median_of(rs, cl, "transfer_mb_s")
+            if mine is None:
+                continue
+            cpu = median_of(rs, cl, "cpu_s_per_gib")
+            lines.append(f"- {cl}: transfer {mine:.2f} MB/s = {mine / limit:.3f} × the limit "
+                         f"of {limit:.2f} MB/s ({LIMIT_KB} Kb/s); "
+                         f"{cpu if cpu is not None else 0:.2f} CPU s/GiB")
+    return ["", "Targets, on the medians of transfer MB/s:"] + lines if lines else []
+
+
+def report(results, scenarios, plan, rounds):
     lines = []
     for sc in scenarios:
         rs = [r for r in results if r["scenario"] == sc]
@@ -661,7 +785,7 @@ def report(results, scenarios, clients, rounds):
                      "| CPU s/GiB median (min–max) | peak RSS MiB median (max) | wall s median "
                      "| read / write calls median | minor faults median |")
         lines.append("|---|---|---|---|---|---|---|---|---|")
-        for cl in clients:
+        for cl in plan[sc]:
             mine = [r for r in rs if r["client"] == cl]
             if not mine:
                 continue
@@ -681,10 +805,10 @@ def report(results, scenarios, clients, rounds):
                 f"| {fmt(statistics.median([r['read_calls'] for r in ok]))} / "
                 f"{fmt(statistics.median([r['write_calls'] for r in ok]))} "
                 f"| {fmt(statistics.median([r['minor_faults'] for r in ok]))} |")
-        # Per round: Corvane against curl, and the program with windows against headless.
-        for mine_name, base_name, title in (("corvane", "curl", "Corvane/curl"),
-                                            ("corvane-gui", "corvane", "windows/headless")):
-            lines += ratio_table(rs, rounds, mine_name, base_name, title)
+        for where, mine_name, base_name, title in RATIOS:
+            if sc in where:
+                lines += ratio_table(rs, rounds, mine_name, base_name, title)
+        lines += targets(sc, rs)
         others = [r["other_cpu_s"] for r in rs]
         noisy = sum(1 for r in rs if is_noisy(r))
         lines.append("")
@@ -782,7 +906,8 @@ def machine_text():
     except OSError:
         pass
     vers = []
-    for cmd in (["nginx", "-v"], ["curl", "--version"], ["wget", "--version"]):
+    for cmd in (["nginx", "-v"], ["curl", "--version"], ["wget", "--version"],
+                ["aria2c", "--version"]):
         try:
             p = subprocess.run(cmd, capture_output=True, text=True)
             vers.append((p.stdout + p.stderr).splitlines()[0])
@@ -805,9 +930,11 @@ def main():
                     help="uncounted rounds first (the first run on a fresh machine is often "
                          "several times slower, whichever client it is)")
     ap.add_argument("--scenarios", default=os.environ.get("SCENARIOS", "a,b,c,d"))
-    ap.add_argument("--clients", default=os.environ.get("CLIENTS", ",".join(DEFAULT_CLIENTS)),
+    ap.add_argument("--clients", default=os.environ.get("CLIENTS", ""),
                     help="any of " + ",".join(CLIENTS) + "; corvane-gui is the program with its "
-                         "windows under Xvfb")
+                         "windows under Xvfb; each scenario runs those of them it can (by "
+                         "default: corvane, curl and wget in a to d, all of its own in e and f, "
+                         "corvane in g)")
     ap.add_argument("--no-wget-parallel", action="store_true",
                     default=os.environ.get("WGET_PARALLEL", "1") == "0",
                     help="skip wget in (c) instead of running 40 wget processes")
@@ -828,13 +955,23 @@ def main():
     if own_state:
         args.state = tempfile.mkdtemp(prefix="corvane-bench-")
     scenarios = [s for s in args.scenarios.split(",") if s]
-    clients = [c for c in args.clients.split(",") if c]
+    chosen = [c for c in args.clients.split(",") if c]
     for s in scenarios:
         if s not in SCENARIOS:
             ap.error(f"unknown scenario {s}")
-    for c in clients:
+    for c in chosen:
         if c not in CLIENTS:
             ap.error(f"unknown client {c}")
+    # The clients of each scenario, in the order given.
+    plan = {sc: [c for c in chosen if c in SCENARIO_CLIENTS[sc]] if chosen else DEFAULT_CLIENTS[sc]
+            for sc in scenarios}
+    for c in chosen:
+        if not any(c in plan[sc] for sc in scenarios):
+            ap.error(f"{c} runs in none of the scenarios {','.join(scenarios)}")
+    scenarios = [sc for sc in scenarios if plan[sc]]
+    clients = list(dict.fromkeys(c for sc in scenarios for c in plan[sc]))
+    if any(c.startswith("aria2c-") for c in clients) and not shutil.which("aria2c"):
+        ap.error("aria2c is not installed (bench/run.sh installs it)")
     if not os.access(args.corvane, os.X_OK):
         ap.error(f"{args.corvane} is not an executable")
 
@@ -862,16 +999,15 @@ def main():
         runner = Runner(args, servers, sums)
         for wn in range(1, args.warmup + 1):
             for sc in scenarios:
-                for cl in clients:
+                for cl in plan[sc]:
                     if cl == "wget" and sc == "c" and args.no_wget_parallel:
                         continue
                     r = runner.run(cl, sc, f"w{wn}")
-                    log(f"  warm-up ({sc}) {cl:8s} {r['wall_s']:7.2f} s, not counted")
+                    log(f"  warm-up ({sc}) {cl:11s} {r['wall_s']:7.2f} s, not counted")
         for rn in range(1, args.rounds + 1):
-            k = (rn - 1) % len(clients)
-            order = clients[k:] + clients[:k]
             for sc in scenarios:
-                for cl in order:
+                k = (rn - 1) % len(plan[sc])
+                for cl in plan[sc][k:] + plan[sc][:k]:
                     if cl == "wget" and sc == "c" and args.no_wget_parallel:
                         continue
                     r = runner.run(cl, sc, rn)
@@ -879,7 +1015,7 @@ def main():
                     status = "ok" if r["ok"] else "FAILED: " + r["problem"]
                     if is_noisy(r):
                         status += " (noisy: other work ran)"
-                    log(f"  round {rn}/{args.rounds} ({sc}) {cl:8s} {r['wall_s']:7.2f} s "
+                    log(f"  round {rn}/{args.rounds} ({sc}) {cl:11s} {r['wall_s']:7.2f} s "
                         f"{r['mb_s']:8.0f} MB/s  CPU {r['cpu_s']:6.2f} s  RSS {r['rss_mib']:7.1f} MiB"
                         f"  faults {r['minor_faults']:7d}  other CPU {r['other_cpu_s']:5.2f} s"
                         f"  {status}")
@@ -907,7 +1043,7 @@ def main():
     text = [f"Corvane benchmark, {started:%Y-%m-%d %H:%M}, {args.rounds} rounds, "
             f"Corvane {args.revision} ({args.corvane})",
             "", "```", machine_text(), "```", "",
-            report(results, scenarios, clients, args.rounds)]
+            report(results, scenarios, plan, args.rounds)]
     if args.no_wget_parallel and "c" in scenarios:
         text.append("(wget skipped in (c))\n")
     if prof:

@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
-# Throughput benchmark of Corvane's headless mode against curl and wget on loopback.
+# Throughput benchmark of Corvane's headless mode against curl, wget and aria2c on loopback.
 # Installs what is missing, builds Corvane (Release, build-bench/) unless CORVANE_BIN is given,
 # then runs bench/bench.py. See bench/README.md.
 #
 #   bash bench/run.sh [options of bench.py]
 #   env: ROUNDS (5), BENCH_DIR (/tmp/corvane-bench), CORVANE_BIN (and BENCH_REVISION, its
-#        label in the report), SCENARIOS (a,b,c,d),
-#        CLIENTS (corvane,curl,wget), WGET_PARALLEL (1; 0 skips wget in c),
+#        label in the report), SCENARIOS (a,b,c,d; also e,f,g),
+#        CLIENTS (each scenario's own: corvane,curl,wget in a-d; corvane-c1,corvane-c4,
+#        corvane-c16,aria2c-x4,aria2c-x16,curl in e; corvane-c1,corvane-c4 in f; corvane in g),
+#        WGET_PARALLEL (1; 0 skips wget in c),
 #        BENCH_TIMEOUT (300 s per run), BENCH_QUIET_WAIT (30 s), PROFILE (0; 1 adds an
 #        strace profile of Corvane)
 set -euo pipefail
@@ -14,7 +16,7 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(dirname "$here")
 
 # --- packages (only the missing ones) ---------------------------------------------------
-packages=(nginx-light python3 python3-pyftpdlib curl wget time x11-utils)
+packages=(nginx-light python3 python3-pyftpdlib curl wget aria2 time x11-utils)
 if [ -z "${CORVANE_BIN:-}" ]; then
     # The build dependencies, as scripts/setup.sh lists them (setup.sh itself builds build/,
     # which another build may be using, so only its list is taken).

@@ -12,7 +12,7 @@
 DetailWindow::DetailWindow(QWidget *parent)
     : QWidget(parent, Qt::Window), m_url(field("url")), m_destino(field("destino")),
       m_totalsize(field("totalsize")), m_actsize(field("actsize")), m_tiempo(field("tiempo")),
-      m_estado(field("estado")), m_downloaded(new QLabel(this)),
+      m_estado(field("estado")), m_downloaded(new QLabel(this)), m_conexiones(new QLabel(this)),
       m_allowredo(new QCheckBox(QStringLiteral("Permite reanudar descargas"), this)),
       m_tarta(new Tarta(this))
 {
@@ -21,6 +21,11 @@ DetailWindow::DetailWindow(QWidget *parent)
     m_downloaded->setObjectName(QStringLiteral("downloaded"));
     m_downloaded->setAlignment(Qt::AlignCenter);
     m_downloaded->setTextFormat(Qt::PlainText);
+    // Only while the download runs on several connections.
+    m_conexiones->setObjectName(QStringLiteral("conexiones"));
+    m_conexiones->setAlignment(Qt::AlignCenter);
+    m_conexiones->setTextFormat(Qt::PlainText);
+    m_conexiones->hide();
     m_allowredo->setObjectName(QStringLiteral("allowredo"));
     // It shows what the server allows; the person cannot change that.
     m_allowredo->setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -44,6 +49,7 @@ DetailWindow::DetailWindow(QWidget *parent)
     auto *pie = new QVBoxLayout;
     pie->addWidget(m_tarta, 1);
     pie->addWidget(m_downloaded);
+    pie->addWidget(m_conexiones);
     auto *layout = new QHBoxLayout(this);
     layout->addLayout(form, 3);
     layout->addLayout(pie, 1);
@@ -82,6 +88,9 @@ void DetailWindow::showInfo()
     m_tiempo->setText(info.tiempo);
     m_estado->setText(info.estado);
     m_downloaded->setText(info.downloaded);
+    m_conexiones->setText(info.conexiones);
+    m_conexiones->setAccessibleName(info.conexiones);
+    m_conexiones->setVisible(!info.conexiones.isEmpty());
     m_allowredo->setChecked(info.allowredo);
     m_tarta->setProportion(info.done);
     // Long addresses show their beginning, where the host is.

@@ -41,6 +41,7 @@ private:
     QLineEdit *m_tiempo;
     QLineEdit *m_estado;
     QLabel *m_downloaded;
+    QLabel *m_conexiones;
     QCheckBox *m_allowredo;
     Tarta *m_tarta;
 };

@@ -6,11 +6,16 @@
 #include <QFrame>
 #include <QLabel>
 #include <QMouseEvent>
+#include <QPaintEvent>
 #include <QPainter>
-#include <QProgressBar>
+#include <algorithm>
 #include <cmath>
 
 namespace {
+
+// The bar's colours: the groove and what is fetched.
+constexpr quint32 GrooveColour = 0xE0E0E0;
+constexpr quint32 FilledColour = 0xD57000;
 
 int roundHalfEven(double value)
 {
@@ -54,6 +59,54 @@ int buttonNumber(Qt::MouseButton button)
 
 } // namespace
 
+PartsBar::PartsBar(QWidget *parent) : QProgressBar(parent)
+{
+    setRange(0, 100);
+    setValue(0);
+    setTextVisible(false);
+    setStyleSheet(QStringLiteral("QProgressBar { background: %1; border: none; }"
+                                 "QProgressBar::chunk { background: %2; }")
+                      .arg(winColor(GrooveColour).name(), winColor(FilledColour).name()));
+}
+
+void PartsBar::setParts(const Parts &parts)
+{
+    if (parts == m_parts)
+        return;
+    m_parts = parts;
+    update();
+}
+
+// Each stretch covers the pixel columns it touches, so that one only a few bytes long still
+// shows; stretches that meet in a column are filled as one.
+void PartsBar::paintEvent(QPaintEvent *event)
+{
+    if (m_parts.isEmpty()) {
+        QProgressBar::paintEvent(event);
+        return;
+    }
+    QPainter painter(this);
+    const QRect area = rect();
+    painter.fillRect(area, winColor(GrooveColour));
+    const QColor filled = winColor(FilledColour);
+    const double width = area.width();
+    int left = 0;
+    int right = -1; // the columns [left, right) not filled yet; none at first
+    for (const auto &[from, to] : m_parts) {
+        const int x0 = int(std::floor(std::clamp(from, 0.0, 1.0) * width));
+        const int x1 = std::max(x0 + 1, int(std::ceil(std::clamp(to, 0.0, 1.0) * width)));
+        if (x0 > right) {
+            if (right > left)
+                painter.fillRect(QRect(area.x() + left, area.y(), right - left, area.height()),
+                                 filled);
+            left = x0;
+        }
+        right = std::max(right, x1);
+    }
+    if (right > left)
+        painter.fillRect(QRect(area.x() + left, area.y(), right - left, area.height()), filled);
+}
+
 RowLayout rowLayout(int rowWidth, int percentWidth, int lockWidth)
 {
     RowLayout layout;
@@ -74,7 +127,7 @@ RowLayout rowLayout(int rowWidth, int percentWidth, int lockWidth)
 
 download::download(QWidget *parent)
     : QWidget(parent), m_filename(new QLabel(QStringLiteral("Archivo"), this)),
-      m_avance(new QProgressBar(this)), m_porciento(new QLabel(this)), m_candado(new QLabel(this)),
+      m_avance(new PartsBar(this)), m_porciento(new QLabel(this)), m_candado(new QLabel(this)),
       m_nbytes(new QLabel(this)), m_urll(new QLabel(QStringLiteral("URL"), this)),
       m_line(new QFrame(this))
 {
@@ -92,12 +145,6 @@ download::download(QWidget *parent)
     }
     for (QLabel *label : {m_filename, m_nbytes, m_urll})
         label->setIndent(2);
-    m_avance->setRange(0, 100);
-    m_avance->setValue(0);
-    m_avance->setTextVisible(false);
-    m_avance->setStyleSheet(QStringLiteral("QProgressBar { background: %1; border: none; }"
-                                           "QProgressBar::chunk { background: %2; }")
-                                .arg(winColor(0xE0E0E0).name(), winColor(0xD57000).name()));
     m_porciento->setAlignment(Qt::AlignCenter);
     m_candado->setPixmap(lockPicture());
     m_candado->setAlignment(Qt::AlignCenter);
@@ -131,6 +178,7 @@ void download::showContent(const RowContent &content)
         setBytes(content.bytes);
     if (content.porcentaje && (*content.porcentaje != m_percent || m_porciento->text().isEmpty()))
         setPorcentaje(*content.porcentaje);
+    m_avance->setParts(content.parts);
     if (content.locked != m_locked)
         setLocked(content.locked);
     if (content.status != m_status)

@@ -2,12 +2,14 @@
 
 #include "downloadlist.h"
 
+#include <QList>
+#include <QProgressBar>
 #include <QRect>
 #include <QWidget>
+#include <utility>
 
 class QFrame;
 class QLabel;
-class QProgressBar;
 
 // Where the children of a row go for a row width, in twips: four equal columns around the
 // fixed-width percentage column.
@@ -18,6 +20,30 @@ struct RowLayout
     int lineEnd = 0;
 };
 RowLayout rowLayout(int rowWidth, int percentWidth, int lockWidth);
+
+// The progress bar of a row. A download on several connections fills it where its fetched
+// stretches lie, not from the start: the percentage alone would show a file fetched from both
+// ends as fetched from the start. Without stretches it is a plain progress bar.
+class PartsBar final : public QProgressBar
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(PartsBar)
+
+public:
+    using Parts = QList<std::pair<double, double>>;
+
+    explicit PartsBar(QWidget *parent = nullptr);
+
+    // Repaints only when they differ from those shown.
+    void setParts(const Parts &parts);
+    const Parts &parts() const { return m_parts; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    Parts m_parts;
+};
 
 // One download drawn as one row: file name, progress, percentage (or a lock), size and URL, in
 // the colours of its state.
@@ -74,7 +100,7 @@ private:
     void showElided(QLabel *label, const QString &text);
 
     QLabel *m_filename;
-    QProgressBar *m_avance;
+    PartsBar *m_avance;
     QLabel *m_porciento;
     QLabel *m_candado;
     QLabel *m_nbytes;

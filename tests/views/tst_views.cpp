@@ -8,6 +8,7 @@
 #include "scriptedhttpserver.h"
 #include "tarta.h"
 #include "transfer.h"
+#include "wincolor.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -490,6 +491,74 @@ private Q_SLOTS:
         QCOMPARE(shown(),
                  (QStringList{f.path("cinco.zip"), "1 Kb", "Pausado", "Descargados 1 Kb de 2 Kb",
                               QString::number(1025.0 / 2048)}));
+    }
+
+    // The detail window tells the connections only while there are several, and a screen reader
+    // reads what it shows; the texts follow the download refresh by refresh.
+    void connections_data()
+    {
+        QTest::addColumn<QStringList>("texts");
+        QTest::newRow("down to one") << QStringList{"Conexiones: 4", ""};
+        QTest::newRow("up to several") << QStringList{"", "Conexiones: 16", "Conexiones: 3"};
+    }
+    void connections()
+    {
+        QFETCH(QStringList, texts);
+        DetailWindow window;
+        QString now = texts.first();
+        window.describe([&now]() -> std::optional<DownloadInfo> {
+            DownloadInfo info;
+            info.conexiones = now;
+            return info;
+        });
+        const auto *label = window.findChild<QLabel *>("conexiones");
+        for (const QString &text : std::as_const(texts)) {
+            now = text;
+            window.model().refresh();
+            QCOMPARE(label->isHidden(), text.isEmpty());
+            QCOMPARE(label->accessibleName(), text);
+            QCOMPARE(label->text(), text);
+        }
+    }
+
+    // A row on several connections fills its bar where the fetched stretches lie, whatever its
+    // percentage, down to a stretch of a few bytes; back on one connection the bar fills from
+    // the start to the percentage again. Each row is first shown with other stretches.
+    void fetchedParts_data()
+    {
+        QTest::addColumn<PartsBar::Parts>("parts");
+        QTest::addColumn<int>("percent");
+        QTest::addColumn<QString>("tenths"); // the middle of each tenth: # filled, . not
+        QTest::newRow("one connection") << PartsBar::Parts{} << 30 << "###.......";
+        QTest::newRow("both ends") << PartsBar::Parts{{0, 0.2}, {0.7, 1}} << 50 << "##.....###";
+        QTest::newRow("three") << PartsBar::Parts{{0, 0.1}, {0.4, 0.6}, {0.9, 1}} << 40
+                               << "#...##...#";
+        QTest::newRow("a few bytes") << PartsBar::Parts{{0.5499, 0.5501}} << 0 << ".....#....";
+    }
+    void fetchedParts()
+    {
+        QFETCH(PartsBar::Parts, parts);
+        QFETCH(int, percent);
+        QFETCH(QString, tenths);
+        download row;
+        row.resize(900, row.height());
+        row.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&row));
+        RowContent content;
+        content.porcentaje = 10;
+        content.parts = {{0.3, 0.45}, {0.8, 0.9}};
+        row.showContent(content);
+        content.porcentaje = percent;
+        content.parts = parts;
+        row.showContent(content);
+
+        const QImage bar = row.findChild<QProgressBar *>("avance")->grab().toImage();
+        QString shown;
+        for (int i = 0; i < 10; ++i) {
+            const QColor pixel = bar.pixelColor(bar.width() * (2 * i + 1) / 20, bar.height() / 2);
+            shown += pixel == winColor(0xD57000) ? '#' : '.';
+        }
+        QCOMPARE(shown, tenths);
     }
 
     // The labels of a speed that stays, rises or drops to 0, in graphs from roomy to cramped:
