@@ -60,7 +60,12 @@ std::optional<DownloadInfo> ActiveList::detallado(int index) const
     shown.bytes = std::max<qint64>(record.bytes - 1, 0);
     shown.tiempo = record.tiempo;
     shown.allowredo = record.allowredo;
-    return describeDownload(shown, estado);
+    DownloadInfo info = describeDownload(shown, estado);
+    if (const Transfer *transfer = m_slots[index].transfer;
+        transfer && transfer->connectionCount() > 0)
+        info.conexiones =
+            QStringLiteral("Conexiones: ") + QString::number(transfer->connectionCount());
+    return info;
 }
 
 QString ActiveList::remainingTime(int index) const

@@ -130,11 +130,11 @@ int ActiveList::addnew(const ListRecord &given, Loading loading)
         record.extras = download.extras;
         slot.url = download.Data;
         slot.progressShown = false;
-        slot.transfer =
-            Transfer::make(record, slot,
-                           TransferContext{m_settings, m_desktop, m_notifier, m_login, m_limit},
-                           m_settings.vecesv)
-                .release();
+        slot.transfer = Transfer::make(record, slot,
+                                       TransferContext{m_settings, m_desktop, m_notifier, m_login,
+                                                       m_limit, m_connections},
+                                       m_settings.vecesv)
+                            .release();
         slot.transfer->setParent(this);
         record.activa = true;
         // A saved download of known size that is already all there is not started again. A
@@ -301,6 +301,8 @@ RowContent ActiveList::row(int index) const
     else if (record.total > 0)
         row.porcentaje = int(std::nearbyint(progressPercent(record)));
     row.status = record.status;
+    if (slot.transfer && record.status != DownloadStatus::Finished)
+        row.parts = slot.transfer->fetchedParts();
     return row;
 }
 

@@ -103,6 +103,9 @@ public:
     void CallProp() override;
     // Every connection together reads at most this many Kb a second; 0 lifts the limit.
     void setSpeedLimit(int kbPerSecond) { m_limit.setRate(qint64(kbPerSecond) * 1024); }
+    // How many connections a download may use when its server sends it in parts; downloads
+    // running already keep theirs until they start again.
+    void setConnections(int count) { m_connections = count; }
     void setApagar(bool on) { m_apagar = on; }
     bool apagar() const { return m_apagar; }
 
@@ -142,6 +145,7 @@ private:
         void failed() override { list->transferFailed(index); }
         void exhausted() override { list->retriesExhausted(index); }
         void kept() override { list->m_saveSoon.start(); }
+        void keptNow() override { list->guardar_lista_activas(); }
     };
 
     int nextFreeIndex() const;
@@ -166,6 +170,7 @@ private:
     Notifier m_notifier;
     FtpLoginPrompt m_login;
     SpeedLimit m_limit;
+    int m_connections = 1;
     InactiveList *m_inactive = nullptr;
 
     std::array<Slot, SlotCount> m_slots;

@@ -92,6 +92,16 @@ void DataSocket::gather(qint64 bytes)
     ::setsockopt(int(descriptor), SOL_SOCKET, SO_RCVLOWAT, &low, sizeof low);
 }
 
+// While data streams in, the kernel gathers a good part of a chunk before it wakes the socket;
+// never more than the bytes still expected, and the silence count lowers it again every second,
+// so the bytes of a slow server never wait long.
+void DataSocket::streamed(qint64 received, qint64 left)
+{
+    constexpr qint64 Gather = ChunkSize / 2;
+    const qint64 bytes = received >= Gather ? Gather : 1;
+    gather(left >= 0 ? std::clamp<qint64>(left, 1, bytes) : bytes);
+}
+
 QString DataSocket::errorString() const
 {
     return socket().errorString();

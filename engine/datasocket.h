@@ -48,6 +48,8 @@ public:
     void write(const QByteArray &bytes);
     // Wakes the socket only once `bytes` have arrived (a close always wakes it).
     void gather(qint64 bytes);
+    // After `received` bytes were taken, with `left` still expected (negative: not known).
+    void streamed(qint64 received, qint64 left);
     QString errorString() const;
     // Why the server's certificate was refused; empty when it was not.
     QList<QSslError> certificateErrors() const;

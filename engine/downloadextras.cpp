@@ -13,6 +13,7 @@ namespace {
 const QString Referer = QStringLiteral("referer");
 const QString Cookie = QStringLiteral("cookie");
 const QString Validator = QStringLiteral("validator");
+const QString Parts = QStringLiteral("partes");
 
 } // namespace
 
@@ -21,8 +22,10 @@ void writeExtras(const QString &file, const ExtrasByPath &extras)
     QJsonObject entries;
     for (auto it = extras.begin(); it != extras.end(); ++it) {
         QJsonObject entry;
-        for (const auto &[key, value] :
-             {std::pair{Referer, it->referer}, {Cookie, it->cookie}, {Validator, it->validator}}) {
+        for (const auto &[key, value] : {std::pair{Referer, it->referer},
+                                         {Cookie, it->cookie},
+                                         {Validator, it->validator},
+                                         {Parts, it->parts}}) {
             if (!value.isEmpty())
                 entry.insert(key, value);
         }
@@ -57,7 +60,8 @@ ExtrasByPath readExtras(const QString &file)
         const QJsonObject entry = it->toObject();
         const DownloadExtras read{.referer = entry.value(Referer).toString(),
                                   .cookie = entry.value(Cookie).toString(),
-                                  .validator = entry.value(Validator).toString()};
+                                  .validator = entry.value(Validator).toString(),
+                                  .parts = entry.value(Parts).toString()};
         if (!read.isEmpty())
             extras.insert(it.key(), read);
     }

@@ -14,8 +14,13 @@ struct DownloadExtras
     QString referer = {};
     QString cookie = {};
     QString validator = {}; // the ETag, else the Last-Modified date, of the reply that started it
+    // What is still to fetch of a download that runs on several connections (a PartPlan's text).
+    QString parts = {};
 
-    bool isEmpty() const { return referer.isEmpty() && cookie.isEmpty() && validator.isEmpty(); }
+    bool isEmpty() const
+    {
+        return referer.isEmpty() && cookie.isEmpty() && validator.isEmpty() && parts.isEmpty();
+    }
     bool operator==(const DownloadExtras &) const = default;
 };
 

@@ -4,6 +4,7 @@
 #include "textfile.h"
 
 #include <QList>
+#include <QRegularExpression>
 #include <QUrl>
 #include <algorithm>
 #include <cctype>
@@ -42,11 +43,13 @@ namespace Http {
 
 QByteArray request(const Request &request)
 {
-    QByteArray bytes = QByteArrayLiteral("GET /") + request.path.toUtf8() +
-                       QByteArrayLiteral(" HTTP/1.1\r\nUser-Agent: Corvane\r\nHost: ") +
-                       request.host.toUtf8() +
-                       QByteArrayLiteral("\r\nConnection: close\r\nRange: bytes=") +
-                       QByteArray::number(request.rangeStart) + QByteArrayLiteral("-\r\n");
+    QByteArray bytes =
+        QByteArrayLiteral("GET /") + request.path.toUtf8() +
+        QByteArrayLiteral(" HTTP/1.1\r\nUser-Agent: Corvane\r\nHost: ") + request.host.toUtf8() +
+        QByteArrayLiteral("\r\nConnection: close\r\nRange: bytes=") +
+        QByteArray::number(request.rangeStart) + QByteArrayLiteral("-") +
+        (request.rangeEnd >= 0 ? QByteArray::number(request.rangeEnd) : QByteArray()) +
+        QByteArrayLiteral("\r\n");
     const auto optional = [&bytes](QByteArrayView name, const QString &value) {
         if (!value.isEmpty() && !value.contains(QLatin1Char('\r')) &&
             !value.contains(QLatin1Char('\n')))
@@ -143,6 +146,25 @@ qint64 completeLength(QByteArrayView chunk)
     bool number = false;
     const qint64 length = value.sliced(8).trimmed().toLongLong(&number);
     return number && length >= 0 ? length : -1;
+}
+
+ContentRange contentRange(QByteArrayView chunk)
+{
+    const QByteArray value = header(chunk, "Content-Range");
+    static const QRegularExpression Pattern(
+        QStringLiteral("^bytes\\s+(\\d+)-(\\d+)/(\\d+|\\*)\\s*$"));
+    const QRegularExpressionMatch match = Pattern.match(QString::fromLatin1(value));
+    if (!match.hasMatch())
+        return {};
+    const auto number = [&match](int group) {
+        bool ok = false;
+        const qint64 value = match.captured(group).toLongLong(&ok);
+        return ok ? value : -1;
+    };
+    ContentRange range{.first = number(1), .last = number(2), .length = number(3)};
+    if (range.first < 0 || range.last < range.first)
+        return {};
+    return range;
 }
 
 QByteArray validator(QByteArrayView chunk)

@@ -17,6 +17,7 @@ struct Request
     QString path;
     QString host; // the Host line's value
     qint64 rangeStart = 0;
+    qint64 rangeEnd = -1;       // the last byte asked for; none asks for the rest of the file
     DownloadExtras extras = {}; // Referer, Cookie, and If-Range on a resume
     QString user = {};          // with `password`, a Basic Authorization line
     QString password = {};
@@ -46,6 +47,14 @@ int retryAfter(QByteArrayView chunk);
 qint64 completeLength(QByteArrayView chunk);
 // What tells this version of the file from another: the ETag, else the Last-Modified date.
 QByteArray validator(QByteArrayView chunk);
+// The bytes a 206 carries, "Content-Range: bytes first-last/length"; -1 for what it does not say.
+struct ContentRange
+{
+    qint64 first = -1;
+    qint64 last = -1;
+    qint64 length = -1;
+};
+ContentRange contentRange(QByteArrayView chunk);
 // The file name a Content-Disposition line gives, as sent (the caller makes it safe); empty
 // without one.
 QString dispositionName(QByteArrayView chunk);

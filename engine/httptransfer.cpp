@@ -25,10 +25,21 @@ void HttpTransfer::aim(const QString &address)
     m_secure = address.startsWith(QLatin1String("https://"));
 }
 
+HttpTransfer::~HttpTransfer() = default;
+
 void HttpTransfer::start()
 {
+    if (resumeParts())
+        return;
     attempt();
     m_ws.open(m_host, m_port, m_secure);
+}
+
+void HttpTransfer::closeConnections()
+{
+    closeWs();
+    if (m_segments)
+        m_segments->stop();
 }
 
 void HttpTransfer::closeWs()
@@ -112,7 +123,9 @@ void HttpTransfer::readHead()
 
 void HttpTransfer::writeBody(QByteArrayView bytes)
 {
-    if (m_chunked)
+    if (m_segments && m_segments->mainPart() >= 0)
+        writeMainPart(bytes);
+    else if (m_chunked)
         writeChunked(bytes);
     else
         writePayload(bytes);
@@ -189,6 +202,9 @@ void HttpTransfer::takeReply(QByteArrayView chunk, bool partial)
     }
     m_file.seek(start);
     m_slot.bytesinicio = start;
+    if (partial && !m_chunked && m_slot.total - (start - 1) >= 2 * PartPlan::MinPart &&
+        m_context.connections > 1)
+        beginParts(start - 1);
 }
 
 QString HttpTransfer::rejection(QByteArrayView chunk) const
@@ -284,4 +300,114 @@ void HttpTransfer::nameFrom(const QString &offered)
     m_file.open(path);
     m_events.kept();
     m_events.statusChanged();
+}
+
+int HttpTransfer::connectionCount() const
+{
+    return m_segments ? m_segments->connectionCount() : 0;
+}
+
+QList<std::pair<double, double>> HttpTransfer::fetchedParts() const
+{
+    return m_segments ? m_segments->plan().fetchedFractions() : QList<std::pair<double, double>>();
+}
+
+bool HttpTransfer::resumeParts()
+{
+    if (!m_segments && !m_slot.extras.parts.isEmpty()) {
+        PartPlan plan = PartPlan::fromText(m_slot.extras.parts, m_slot.total);
+        if (plan.isEmpty()) {
+            // Without its plan nobody knows where the holes of the file are: it starts again.
+            m_slot.extras.parts.clear();
+            QFile::resize(m_slot.path, 0);
+            m_slot.bytes = 1;
+            return false;
+        }
+        makeSegments(std::move(plan));
+    }
+    if (!m_segments)
+        return false;
+    m_segments->resume(std::max(1, m_context.connections));
+    return true;
+}
+
+void HttpTransfer::beginParts(qint64 from)
+{
+    makeSegments(PartPlan(from, m_slot.total));
+    m_segments->startBeside(m_context.connections);
+}
+
+void HttpTransfer::makeSegments(PartPlan plan)
+{
+    Segments::Owner &owner = *this;
+    m_segments = std::make_unique<Segments>(std::move(plan),
+                                            Segments::Target{m_host, m_port, m_secure, m_path},
+                                            m_slot, m_events, m_context, owner);
+}
+
+void HttpTransfer::writeMainPart(QByteArrayView bytes)
+{
+    const int part = m_segments->mainPart();
+    if (!m_segments->deliver(part, m_file, bytes)) {
+        heard(bytes.size(), m_segments->plan().parts()[part].left());
+        return;
+    }
+    leave();
+    m_segments->mainDone();
+}
+
+void HttpTransfer::mainPartLost()
+{
+    m_events.message(QStringLiteral("Se ha perdido una conexión con ") + m_slot.Data +
+                     QStringLiteral(" . Reconectando..."));
+    leave();
+    m_segments->mainLost();
+}
+
+void HttpTransfer::closedByPeer()
+{
+    if (m_segments && m_segments->mainPart() >= 0)
+        return mainPartLost();
+    Transfer::closedByPeer();
+}
+
+void HttpTransfer::failed(QAbstractSocket::SocketError error)
+{
+    if (m_segments && m_segments->mainPart() >= 0 && m_ws.certificateErrors().isEmpty())
+        return mainPartLost();
+    Transfer::failed(error);
+}
+
+void HttpTransfer::stalled()
+{
+    if (m_segments && m_segments->mainPart() >= 0)
+        return mainPartLost();
+    Transfer::stalled();
+}
+
+void HttpTransfer::allFetched()
+{
+    m_slot.extras.parts.clear();
+    m_slot.bytes = m_slot.total + 1;
+    finish();
+}
+
+// Runs once the connection that was refused has returned: the segments go.
+void HttpTransfer::fallBack()
+{
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (!m_segments)
+                return;
+            const qint64 missing = m_segments->plan().firstMissing();
+            m_segments.reset();
+            m_slot.extras.parts.clear();
+            QFile::resize(m_slot.path, missing);
+            m_slot.bytes = missing + 1;
+            m_events.keptNow();
+            setStatus(DownloadStatus::Connecting);
+            start();
+        },
+        Qt::QueuedConnection);
 }

@@ -93,11 +93,33 @@ void Transfer::silenceTick()
     ++m_sindatos;
     // A retry already waiting is left to run: starting it again would restart its countdown.
     if (m_sindatos > m_context.settings.waitv && m_slot.status != DownloadStatus::Exhausted &&
-        !m_redo.isActive()) {
-        closeWs();
-        m_file.close();
-        armRedo();
-    }
+        !m_redo.isActive())
+        stalled();
+}
+
+void Transfer::stalled()
+{
+    closeWs();
+    m_file.close();
+    armRedo();
+}
+
+void Transfer::leave()
+{
+    closeWs();
+    m_file.close();
+    m_silence.stop();
+}
+
+bool Transfer::spendRetry()
+{
+    if (--m_redoTag >= 0)
+        return true;
+    closeConnections();
+    m_file.close();
+    m_silence.stop();
+    m_events.exhausted();
+    return false;
 }
 
 void Transfer::writePayload(QByteArrayView payload)
@@ -109,20 +131,18 @@ void Transfer::writePayload(QByteArrayView payload)
 void Transfer::written(qint64 wireBytes, bool complete)
 {
     m_slot.bytes = m_file.position();
-    m_sindatos = 0;
     m_events.progressed();
     if (complete) {
         finish();
         return;
     }
-    // While data streams in, the kernel gathers a good part of a chunk before it wakes the
-    // socket; never more than the bytes still expected, and the silence count lowers it again
-    // every second, so the bytes of a slow server never wait long.
-    constexpr qint64 Gather = DataSocket::ChunkSize / 2;
-    qint64 bytes = wireBytes >= Gather ? Gather : 1;
-    if (m_slot.total != 0)
-        bytes = std::clamp<qint64>(m_slot.total - (m_slot.bytes - 1), 1, bytes);
-    m_ws.gather(bytes);
+    heard(wireBytes, m_slot.total != 0 ? m_slot.total - (m_slot.bytes - 1) : -1);
+}
+
+void Transfer::heard(qint64 wireBytes, qint64 left)
+{
+    m_sindatos = 0;
+    m_ws.streamed(wireBytes, left);
 }
 
 void Transfer::lost()

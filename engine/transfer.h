@@ -32,6 +32,9 @@ public:
     virtual void exhausted() = 0;
     // Something the lists keep changed (the file's name, the version of the file on the server).
     virtual void kept() = 0;
+    // The same, saved before the transfer goes on: the bytes about to be written make sense
+    // only with it.
+    virtual void keptNow() = 0;
 
 protected:
     ~TransferEvents() = default;
@@ -45,6 +48,7 @@ struct TransferContext
     Notifier &notifier;
     FtpLoginPrompt &login;
     SpeedLimit &limit;
+    const int &connections; // for each download that the server lets run in parts
 };
 
 // The connections of one active download, given its record when it is made. It owns the data
@@ -77,6 +81,11 @@ public:
     // One more second without data; a stall longer than the setting drops the connection.
     void silenceTick();
 
+    // A download that runs on several connections: how many, and the stretches of its file
+    // already fetched (fractions of its size). None and empty on one connection.
+    virtual int connectionCount() const { return 0; }
+    virtual QList<std::pair<double, double>> fetchedParts() const { return {}; }
+
 protected:
     Transfer(DownloadSlot &slot, TransferEvents &events, const TransferContext &context,
              int retries);
@@ -93,6 +102,15 @@ protected:
     void writePayload(QByteArrayView payload);
     // After a chunk is written: progress, and the end once all of it is there.
     void written(qint64 wireBytes, bool complete);
+    // More bytes arrived on the data connection, and `left` are still expected (negative: not
+    // known).
+    void heard(qint64 wireBytes, qint64 left);
+    // The data connection was silent too long.
+    virtual void stalled();
+    // The data connection is done with, and so are its file and its silence count.
+    void leave();
+    // One retry of the budget is spent; when none was left, the download gives up, and false.
+    bool spendRetry();
     void lost();
     // This connection ends with `text` for the person; the next try comes after the set pause.
     void dropAndRetry(const QString &text);

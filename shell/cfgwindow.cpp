@@ -164,6 +164,14 @@ QWidget *CfgWindow::downloadsTab()
     limite->setAccessibleName(QStringLiteral("Limitar velocidad a"));
     limite->setAccessibleDescription(limite->toolTip());
     layout->addLayout(row(page, {limitar, limite}));
+    QSpinBox *conexiones = extraSpin("conexiones", &ExtraSettings::conexiones);
+    conexiones->setToolTip(
+        QStringLiteral("Si el servidor envía el archivo por partes; 1: una sola conexión"));
+    conexiones->setAccessibleName(QStringLiteral("Conexiones por descarga"));
+    conexiones->setAccessibleDescription(conexiones->toolTip());
+    auto *conexionesLabel = new QLabel(QStringLiteral("Conexiones por descarga"), page);
+    conexionesLabel->setBuddy(conexiones);
+    layout->addLayout(row(page, {conexionesLabel, conexiones}));
     layout->addStretch();
     return page;
 }

@@ -12,14 +12,19 @@ Core::Core(const ProgramFolder &folder, Desktop &desktop, HistorySink *echo)
     m_history.echo = echo;
     m_active.setInactiveList(&m_inactive);
     m_inactive.setActiveList(&m_active);
-    QObject::connect(&m_settings, &SettingsModel::changed, &m_active,
-                     [this] { m_active.setSpeedLimit(m_settings.extra().speedLimit()); });
+    QObject::connect(&m_settings, &SettingsModel::changed, &m_active, [this] { applyExtras(); });
+}
+
+void Core::applyExtras()
+{
+    m_active.setSpeedLimit(m_settings.extra().speedLimit());
+    m_active.setConnections(m_settings.extra().conexiones);
 }
 
 void Core::load()
 {
     m_settings.load();
-    m_active.setSpeedLimit(m_settings.extra().speedLimit());
+    applyExtras();
     m_log.open();
     m_inactive.load();
     m_active.load();

@@ -38,6 +38,8 @@ public:
     AllDownloads &all() { return m_all; }
 
 private:
+    // The settings beyond the main file that the downloads keep to.
+    void applyExtras();
     // The settings write history lines and the log reads the settings: lines reach the log
     // through this, pointed at it once both exist.
     class Relay final : public HistorySink

@@ -6,10 +6,11 @@
 
 namespace {
 
-const std::array<ExtraSettings::Key, 3> Keys{{
+const std::array<ExtraSettings::Key, 4> Keys{{
     {"portapapeles", &ExtraSettings::portapapeles},
     {"limitar", &ExtraSettings::limitar},
     {"limite", &ExtraSettings::limite, 0, 10'000'000},
+    {"conexiones", &ExtraSettings::conexiones, 1, 16},
 }};
 
 QString invalid(const QString &key, const QString &text)

@@ -11,6 +11,7 @@ struct ExtraSettings
     bool portapapeles = false; // "Vigilar el portapapeles"
     bool limitar = false;      // "Limitar velocidad a", switched on and off from the menu too
     int limite = 0;            // its Kb/s; 0 is no limit
+    int conexiones = 4;        // "Conexiones por descarga", for servers that send files in parts
 
     // The limit the downloads keep to, in Kb/s; 0 when there is none.
     int speedLimit() const { return limitar ? limite : 0; }

@@ -94,7 +94,7 @@ private Q_SLOTS:
         QCOMPARE(f.model.settings().defdir, f.folder() + "/download/");
         // What that layout has no line for goes in a file of named keys.
         QCOMPARE(f.read("preferencias.ini"),
-                 "[General]\nlimitar=false\nlimite=0\nportapapeles=false\n");
+                 "[General]\nconexiones=4\nlimitar=false\nlimite=0\nportapapeles=false\n");
         QCOMPARE(f.history.lines.size(), 1);
         QVERIFY(f.desktop.calls.isEmpty());
     }

@@ -47,7 +47,12 @@ public:
                                     const QString &title) override
     {
         note({"inputBox", prompt, initial}, title);
-        return take(inputAnswers, std::optional<QString>());
+        // Not through take(): GCC's -O2 sees an optional QString moved out of a deque as unset.
+        const bool answered = !inputAnswers.empty() && inputAnswers.front();
+        const QString text = answered ? *inputAnswers.front() : QString();
+        if (!inputAnswers.empty())
+            inputAnswers.pop_front();
+        return answered ? std::optional(text) : std::nullopt;
     }
     QString openFileDialog(const QString &initial, const QString &filter) override
     {
