@@ -4,10 +4,14 @@
 #include "corvaneprocess.h"
 #include "enginefixture.h"
 #include "localservers.h"
+#include "partplan.h"
 #include "scriptedhttpserver.h"
+#include "segments.h"
 #include "settingsfixture.h"
 
 #include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTest>
 #include <csignal>
 #include <sys/resource.h>
@@ -52,6 +56,7 @@ private Q_SLOTS:
     void speedLimit();
     void ftpAfterKill_data();
     void ftpAfterKill();
+    void partsAfterKill();
 
 private:
     void stalledThenRetried(int headDelayMs);
@@ -170,6 +175,45 @@ void TestRealTimers::ftpAfterKill()
     QCOMPARE(home.read("download/canción.mp3"), songBytes);
     QCOMPARE(ftp->log().contains("USER ana"), !login.isEmpty());
     QVERIFY(!QFile::exists(home.file("nada.bin")));
+}
+
+// A download in parts, killed on its way and started again: the file is whole, and the second run
+// asks only for bytes that the saved parts say are missing.
+void TestRealTimers::partsAfterKill()
+{
+    const ServedFolder served("partes.bin", 40 * 1024 * 1024);
+    const QTemporaryDir logs;
+    const QString log = logs.filePath("ranges.log");
+    NginxServer nginx(served.root.path(), "limit_rate 2m; access_log " + log + " ranges;");
+    QVERIFY2(nginx.start(), qPrintable(nginx.error()));
+    Home home;
+    CorvaneProcess first(home.headless({nginx.url("partes.bin")}));
+    QTRY_VERIFY_WITH_TIMEOUT(home.read("activas.json").contains("partes"), 10000);
+    QTest::qWait(Segments::KeepMs + ActiveList::SaveSoonMs + 500); // saved again with bytes
+    ::kill(pid_t(first.processId()), SIGKILL);
+    QVERIFY(first.waitForFinished());
+    QTest::qWait(500); // nginx notes the requests that were cut
+    const QJsonObject saved = QJsonDocument::fromJson(home.read("activas.json")).object();
+    const QString text = saved.begin()->toObject().value("partes").toString();
+    const PartPlan plan = PartPlan::fromText(text, served.bytes.size());
+    QVERIFY2(!plan.isEmpty() && plan.fetched() > 0 && !plan.complete(), qPrintable(text));
+    const qsizetype firstRun = readFile(log).count('\n');
+
+    QCOMPARE(home.run({}), 0);
+    QCOMPARE(home.read("download/partes.bin"), served.bytes);
+    const QList<QByteArray> secondRun = readFile(log).split('\n').mid(firstRun);
+    QVERIFY(secondRun.size() > 1);
+    for (const QByteArray &range : secondRun) {
+        if (range.isEmpty())
+            continue;
+        const qint64 start = range.mid(6, range.indexOf('-') - 6).toLongLong();
+        QVERIFY2(range.startsWith("bytes=") && std::any_of(plan.parts().begin(), plan.parts().end(),
+                                                           [start](const PartPlan::Part &part) {
+                                                               return start >= part.next &&
+                                                                      start < part.end;
+                                                           }),
+                 qPrintable(text + " asked again: " + range));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestRealTimers)

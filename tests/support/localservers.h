@@ -114,7 +114,8 @@ public:
             QStringLiteral("daemon off;\nmaster_process off;\nworker_processes 1;\n"
                            "pid %1/nginx.pid;\nerror_log %1/error.log;\n"
                            "events { worker_connections 64; }\n"
-                           "http {\n  access_log off;\n  client_body_temp_path %1/body;\n"
+                           "http {\n  access_log off;\n  log_format ranges '$http_range';\n  "
+                           "client_body_temp_path %1/body;\n"
                            "  proxy_temp_path %1/proxy;\n  fastcgi_temp_path %1/fastcgi;\n"
                            "  uwsgi_temp_path %1/uwsgi;\n  scgi_temp_path %1/scgi;\n"
                            "  server {\n    listen 127.0.0.1:%2%3;\n    root %4;\n    %5\n  }\n}\n")
