@@ -139,8 +139,10 @@ void DataSocket::readTls()
 bool DataSocket::readChunk(bool unlimited)
 {
     QByteArray &buffer = sharedBuffer();
-    const qint64 allowed = unlimited ? buffer.size() : m_limit.take(buffer.size());
-    if (allowed == 0) {
+    const qint64 wanted = unlimited ? buffer.size() : m_limit.wholeRead(buffer.size());
+    const qint64 allowed = unlimited ? wanted : m_limit.take(wanted);
+    if (allowed < wanted) {
+        m_limit.giveBack(allowed);
         if (!m_resume.isActive())
             m_resume.start(m_limit.waitMs(ChunkSize));
         return false;

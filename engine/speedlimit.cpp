@@ -52,6 +52,11 @@ qint64 SpeedLimit::take(qint64 wanted, qint64 nowMs)
     return given;
 }
 
+qint64 SpeedLimit::wholeRead(qint64 wanted) const
+{
+    return m_rate == 0 ? wanted : std::min(wanted, capacity());
+}
+
 void SpeedLimit::giveBack(qint64 bytes)
 {
     if (m_rate > 0)

@@ -18,6 +18,9 @@ public:
 
     // Up to `wanted` bytes that may be read now; all of them without a limit.
     qint64 take(qint64 wanted);
+    // What a read of up to `wanted` bytes waits to be given whole: `wanted`, or all the bucket
+    // can hold when that is less. Many small reads would cost more than the bytes themselves.
+    qint64 wholeRead(qint64 wanted) const;
     // Bytes taken and not read after all.
     void giveBack(qint64 bytes);
     // Milliseconds until the bucket holds `bytes` again (never more than it can hold), at least 1.
