@@ -251,6 +251,10 @@ void ActiveList::guardar_lista_activas()
             writeExtras(m_folder.file(QStringLiteral("activas.json")), extras);
             m_savedExtras = std::move(extras);
         }
+        for (const Slot &slot : m_slots) {
+            if (slot.transfer)
+                slot.transfer->listSaved();
+        }
     } catch (const Failure &failure) {
         Q_EMIT statusText(StatusPanel::Mensajes, failure.description());
     }

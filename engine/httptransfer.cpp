@@ -312,6 +312,12 @@ QList<std::pair<double, double>> HttpTransfer::fetchedParts() const
     return m_segments ? m_segments->plan().fetchedFractions() : QList<std::pair<double, double>>();
 }
 
+void HttpTransfer::listSaved()
+{
+    if (m_segments)
+        m_segments->listSaved();
+}
+
 bool HttpTransfer::resumeParts()
 {
     if (!m_segments && !m_slot.extras.parts.isEmpty()) {
@@ -400,10 +406,14 @@ void HttpTransfer::fallBack()
         [this] {
             if (!m_segments)
                 return;
+            // Until the file ends at the first byte missing, the lists keep everything after
+            // it as missing, so that a crash in between leaves no hole taken for bytes.
             const qint64 missing = m_segments->plan().firstMissing();
             m_segments.reset();
-            m_slot.extras.parts.clear();
+            m_slot.extras.parts = PartPlan(missing, m_slot.total).toText();
+            m_events.keptNow();
             QFile::resize(m_slot.path, missing);
+            m_slot.extras.parts.clear();
             m_slot.bytes = missing + 1;
             m_events.keptNow();
             setStatus(DownloadStatus::Connecting);

@@ -25,6 +25,7 @@ public:
     void start() override;
     int connectionCount() const override;
     QList<std::pair<double, double>> fetchedParts() const override;
+    void listSaved() override;
 
 private:
     // Where `ws` connects and what it asks for, from an address.

@@ -19,11 +19,17 @@ Segments::~Segments() = default;
 void Segments::startBeside(int connections)
 {
     m_mainPart = 0;
-    for (const int index : m_plan.split(0, connections))
-        open(index, 0);
+    m_splitInto = connections;
     keep();
-    m_events.keptNow();
     m_keep.start();
+}
+
+void Segments::listSaved()
+{
+    if (const int connections = std::exchange(m_splitInto, 0); connections > 1 && m_mainPart >= 0) {
+        for (const int index : m_plan.split(m_mainPart, connections))
+            open(index, 0);
+    }
 }
 
 void Segments::resume(int connections)
@@ -43,6 +49,7 @@ void Segments::resume(int connections)
 void Segments::stop()
 {
     m_keep.stop();
+    m_splitInto = 0;
     for (PartConnection *connection : std::as_const(m_connections)) {
         connection->stop();
         connection->deleteLater();

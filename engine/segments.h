@@ -52,8 +52,12 @@ public:
              const TransferContext &context, Owner &owner);
     ~Segments() override;
 
-    // The main connection fetches part 0: it is split with `connections` - 1 new connections.
+    // The main connection fetches part 0: it is split with `connections` - 1 new connections
+    // once the lists hold the plan.
     void startBeside(int connections);
+    // Further connections write past the bytes on disk, so they start only once the lists hold
+    // the plan: after a crash, the holes between them are never taken for bytes.
+    void listSaved();
     // Opens as many as `connections` connections for what is left.
     void resume(int connections);
     // Closes every connection; the plan is kept in the download's record.
@@ -97,6 +101,7 @@ private:
     Owner &m_owner;
     QList<PartConnection *> m_connections;
     int m_mainPart = -1;
+    int m_splitInto = 0;     // the connections the main part is split between once saved
     bool m_progress = false; // bytes arrived since the last failure
     QTimer m_keep;
 };

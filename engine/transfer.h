@@ -85,6 +85,8 @@ public:
     // already fetched (fractions of its size). None and empty on one connection.
     virtual int connectionCount() const { return 0; }
     virtual QList<std::pair<double, double>> fetchedParts() const { return {}; }
+    // The list files now hold what the transfer last asked them to keep.
+    virtual void listSaved() {}
 
 protected:
     Transfer(DownloadSlot &slot, TransferEvents &events, const TransferContext &context,

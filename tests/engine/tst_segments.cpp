@@ -37,6 +37,14 @@ HttpReply ranged(const QByteArray &content, const QByteArray &version, const QBy
                          "\r\n\r\n" + content.mid(first, last - first + 1));
 }
 
+// Sent a piece at a time: a download still runs when its list is saved and its parts begin.
+void pace(HttpReply &reply, qsizetype piece, int gapMs)
+{
+    for (qsizetype at = 0; at < reply.bytes.size(); at += piece)
+        reply.chunks << reply.bytes.mid(at, piece);
+    reply.gapMs = gapMs;
+}
+
 qint64 headSize(const HttpReply &reply)
 {
     return reply.bytes.indexOf("\r\n\r\n") + 4;
@@ -146,11 +154,10 @@ void TestSegments::faults()
                                QByteArray::number(from + MiB));
         if (index == 1 && fault == "overlap")
             reply = ranged(content, version, "Range: bytes=" + QByteArray::number(from) + '-');
-        if (index == 1 && fault == "slow") {
-            for (qsizetype at = 0; at < reply.bytes.size(); at += 512 * 1024)
-                reply.chunks << reply.bytes.mid(at, 512 * 1024);
-            reply.gapMs = 60;
-        }
+        if (index == 0)
+            pace(reply, MiB, 40);
+        if (index == 1 && fault == "slow")
+            pace(reply, 512 * 1024, 120);
         return reply;
     });
     const int i = f.add(server.url("f.bin"));
@@ -165,7 +172,7 @@ void TestSegments::faults()
     if (size * MiB < 2 * PartPlan::MinPart)
         QCOMPARE(requests.size(), 1);
     if (fault == "none" && size == 48)
-        QCOMPARE(requests.size(), connections);
+        QVERIFY(requests.size() >= connections);
     if (fault == "slow") {
         // A connection that was done took over the second half of the slow part.
         const qint64 slowStart = rangeOf(requests[1]).first;
