@@ -109,6 +109,7 @@ void TestSegments::faults_data()
     QTest::addColumn<int>("size"); // MiB
     QTest::newRow("none") << "none" << 3 << 48;
     QTest::newRow("a connection dropped mid-part") << "drop" << 3 << 48;
+    QTest::newRow("a connection silent mid-part") << "stall" << 3 << 48;
     QTest::newRow("the third connection refused") << "503" << 3 << 48;
     QTest::newRow("later connections get all of it") << "200" << 3 << 48;
     QTest::newRow("the file changes") << "changed" << 3 << 48;
@@ -127,6 +128,7 @@ void TestSegments::faults()
     QFETCH(int, size);
     EngineFixture f;
     f.settings.segsv = 1;
+    f.settings.waitv = 2;
     f.active.setConnections(connections);
     const QByteArray first = randomBytes(int(size * MiB));
     QByteArray content = first;
@@ -134,8 +136,10 @@ void TestSegments::faults()
     ScriptedHttpServer server([&](const QByteArray &request, int index) {
         HttpReply reply = ranged(content, version, request);
         const auto [from, to] = rangeOf(request);
-        if (index == 1 && fault == "drop")
+        if (index == 1 && (fault == "drop" || fault == "stall")) {
             reply.dropAfter = headSize(reply) + MiB;
+            reply.stall = fault == "stall";
+        }
         if (index == 2 && fault == "503")
             reply = ScriptedHttpServer::status("HTTP/1.1 503 Service Unavailable");
         if (index >= 1 && fault == "200")
