@@ -26,15 +26,6 @@ class TestBrowserExtension : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void handsOver();
-    void sendsRefererAndCookie();
-    void cleanupTestCase();
-
-private:
-    QByteArray requestFor(const QByteArray &path) const;
-
     XServer m_x;
     SettingsFixture m_home;
     QTemporaryDir m_person; // the person's own folders, where the browsers look
@@ -57,86 +48,84 @@ private:
         reply.stall = true;
         return reply;
     }};
-};
 
-void TestBrowserExtension::initTestCase()
-{
-    // setup: the program running on its folder; the host registered in the person's folders
-    QVERIFY2(m_x.start(), qPrintable(m_x.error()));
-    QVERIFY(m_home.saveQuiet());
-    QProcessEnvironment env = m_x.environment();
-    env.insert("HOME", m_person.path());
-    env.insert("XDG_CONFIG_HOME", m_person.filePath("config"));
-    env.insert("XDG_DATA_HOME", m_person.filePath("data"));
-    m_corvane.launch({"--home", m_home.folder()}, env, QProcess::ForwardedErrorChannel);
-    QTRY_VERIFY_WITH_TIMEOUT(
-        [this] {
-            QLocalSocket channel;
-            channel.connectToServer(InstanceChannel::nameFor(ProgramFolder(m_home.folder())));
-            return channel.waitForConnected(100);
-        }(),
-        20000);
-    CorvaneProcess registration({"--home", m_home.folder(), "--register-browsers"}, env);
-    QCOMPARE(registration.waitForExit(10000), 0);
+private Q_SLOTS:
+    void initTestCase()
+    {
+        // setup: the program running on its folder; the host registered in the person's folders
+        QVERIFY2(m_x.start(), qPrintable(m_x.error()));
+        QVERIFY(m_home.saveQuiet());
+        QProcessEnvironment env = m_x.environment();
+        env.insert("HOME", m_person.path());
+        env.insert("XDG_CONFIG_HOME", m_person.filePath("config"));
+        env.insert("XDG_DATA_HOME", m_person.filePath("data"));
+        m_corvane.launch({"--home", m_home.folder()}, env, QProcess::ForwardedErrorChannel);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            [this] {
+                QLocalSocket channel;
+                channel.connectToServer(InstanceChannel::nameFor(ProgramFolder(m_home.folder())));
+                return channel.waitForConnected(100);
+            }(),
+            20000);
+        CorvaneProcess registration({"--home", m_home.folder(), "--register-browsers"}, env);
+        QCOMPARE(registration.waitForExit(10000), 0);
 
-    // Firefox's manifest names the script Chromium's does; Chromium itself checks that the one
-    // it reads allows the extension, whose id follows from the key in its manifest.
-    QCOMPARE(jsonOf(m_person.filePath(".mozilla/native-messaging-hosts/corvane.json"))["path"],
-             m_person.filePath("data/corvane/corvane-native-host"));
+        // Firefox's manifest names the script Chromium's does; Chromium itself checks that the one
+        // it reads allows the extension, whose id follows from the key in its manifest.
+        QCOMPARE(jsonOf(m_person.filePath(".mozilla/native-messaging-hosts/corvane.json"))["path"],
+                 m_person.filePath("data/corvane/corvane-native-host"));
 
-    // action: what the two context-menu entries do, on the page's link and on the page
-    QProcess driver;
-    driver.setProcessEnvironment(env);
-    driver.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    driver.start("/usr/bin/python3", {Source + "/tests/shell/drivebrowser.py", "/usr/bin/chromium",
-                                      m_person.filePath("config/chromium"), Source + "/extension",
-                                      m_server.url("pagina.html"), m_server.url("archivo.zip"),
-                                      m_home.path("activas.dwn")});
-    QTRY_VERIFY_WITH_TIMEOUT(driver.state() == QProcess::NotRunning, 120000);
-    QCOMPARE(driver.exitCode(), 0);
-    m_answers = QJsonDocument::fromJson(driver.readAllStandardOutput()).array();
-}
-
-QByteArray TestBrowserExtension::requestFor(const QByteArray &path) const
-{
-    for (const QByteArray &request : m_server.requests()) {
-        // The browser's own requests name it as Mozilla does.
-        if (request.startsWith(QByteArray("GET " + path + " ")) && !request.contains("Mozilla/"))
-            return request;
+        // action: what the two context-menu entries do, on the page's link and on the page
+        QProcess driver;
+        driver.setProcessEnvironment(env);
+        driver.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        driver.start("/usr/bin/python3", {Source + "/tests/shell/drivebrowser.py",
+                                          "/usr/bin/chromium", m_person.filePath("config/chromium"),
+                                          Source + "/extension", m_server.url("pagina.html"),
+                                          m_server.url("archivo.zip"), m_home.path("activas.dwn")});
+        QTRY_VERIFY_WITH_TIMEOUT(driver.state() == QProcess::NotRunning, 120000);
+        QCOMPARE(driver.exitCode(), 0);
+        m_answers = QJsonDocument::fromJson(driver.readAllStandardOutput()).array();
     }
-    return {};
-}
 
-void TestBrowserExtension::handsOver()
-{
-    // verify: the program took both; the file's address is in its list and asked for, and the
-    // link grabber read the page; the download the browser started was captured
-    QCOMPARE(m_answers, (QJsonArray{QJsonObject{{"ok", true}}, QJsonObject{{"ok", true}}}));
-    const QByteArray file = m_server.url("archivo.zip").toUtf8();
-    QTRY_VERIFY_WITH_TIMEOUT(m_home.read("activas.dwn").startsWith(QByteArray(file + "\r\n")),
-                             10000);
-    QTRY_VERIFY_WITH_TIMEOUT(!requestFor("/archivo.zip").isEmpty(), 10000);
-    QTRY_VERIFY_WITH_TIMEOUT(!requestFor("/pagina.html").isEmpty(), 10000);
-    QTRY_VERIFY_WITH_TIMEOUT(!requestFor("/captura.zip").isEmpty(), 10000);
-}
+    // The program took both; the file's address is in its list and asked for as the browser would:
+    // from the page, with the cookie the page set. The link grabber read the page, and the
+    // download the browser started was captured.
+    void handsOver()
+    {
+        QCOMPARE(m_answers, (QJsonArray{QJsonObject{{"ok", true}}, QJsonObject{{"ok", true}}}));
+        const QByteArray file = m_server.url("archivo.zip").toUtf8();
+        QTRY_VERIFY_WITH_TIMEOUT(m_home.read("activas.dwn").startsWith(QByteArray(file + "\r\n")),
+                                 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(!requestFor("/archivo.zip").isEmpty(), 10000);
+        const QByteArray request = requestFor("/archivo.zip");
+        QVERIFY2(request.contains(
+                     QByteArray("\r\nReferer: " + m_server.url("pagina.html").toUtf8() + "\r\n")),
+                 request.constData());
+        QVERIFY2(request.contains("\r\nCookie: sesion=abc123\r\n"), request.constData());
+        QTRY_VERIFY_WITH_TIMEOUT(!requestFor("/pagina.html").isEmpty(), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(!requestFor("/captura.zip").isEmpty(), 10000);
+    }
 
-void TestBrowserExtension::sendsRefererAndCookie()
-{
-    // The download asks as the browser would: from the page, with the cookie the page set.
-    QTRY_VERIFY_WITH_TIMEOUT(!requestFor("/archivo.zip").isEmpty(), 10000);
-    const QByteArray request = requestFor("/archivo.zip");
-    QVERIFY2(request.contains(
-                 QByteArray("\r\nReferer: " + m_server.url("pagina.html").toUtf8() + "\r\n")),
-             request.constData());
-    QVERIFY2(request.contains("\r\nCookie: sesion=abc123\r\n"), request.constData());
-}
+    void cleanupTestCase()
+    {
+        m_corvane.terminate();
+        if (!m_corvane.waitForFinished(10000))
+            m_corvane.kill();
+    }
 
-void TestBrowserExtension::cleanupTestCase()
-{
-    m_corvane.terminate();
-    if (!m_corvane.waitForFinished(10000))
-        m_corvane.kill();
-}
+private:
+    QByteArray requestFor(const QByteArray &path) const
+    {
+        for (const QByteArray &request : m_server.requests()) {
+            // The browser's own requests name it as Mozilla does.
+            if (request.startsWith(QByteArray("GET " + path + " ")) &&
+                !request.contains("Mozilla/"))
+                return request;
+        }
+        return {};
+    }
+};
 
 QTEST_GUILESS_MAIN(TestBrowserExtension)
 #include "tst_browserext.moc"

@@ -60,15 +60,6 @@ class TestNativeHost : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void framing();
-    void refused_data();
-    void refused();
-    void startsTheProgram();
-    void cleanupTestCase();
-
-private:
     XServer m_x;
     SettingsFixture m_home;
     QTemporaryDir m_idle; // no program ever runs here
@@ -79,83 +70,86 @@ private:
         reply.stall = true;
         return reply;
     }};
-};
 
-void TestNativeHost::initTestCase()
-{
-    QVERIFY2(m_x.start(), qPrintable(m_x.error()));
-    QVERIFY(m_home.saveQuiet());
-    for (const QString &home : {m_home.folder(), m_idle.path()})
-        QVERIFY(writeFile(home + "/listado.lst", "exe\r\n\r\n.pdf\r\n"));
-}
-
-// A message too long is answered and skipped, the next read on; one cut short ends the run.
-// Nothing starts a program.
-void TestNativeHost::framing()
-{
-    const QByteArray input = framed(QByteArray(NativeHost::MaxMessage + 1, ' ')) +
-                             framed(R"({"action":"extensions"})") +
-                             framed(R"({"action":"add"})").left(10);
-    QCOMPARE(
-        answersTo(m_idle.path(), input, m_x.environment()),
-        (QStringList{"El mensaje ocupa más de 1 MB.", "ok exe zip ace tar iso bmp gif jpg .pdf",
-                     "El mensaje llegó cortado: faltan 10 de sus 16 bytes."}));
-    QVERIFY(!QFile::exists(m_idle.filePath("corvane.lock")));
-}
-
-void TestNativeHost::refused_data()
-{
-    QTest::addColumn<QByteArray>("message");
-    QTest::addColumn<QString>("error");
-    const QString badAddress = "La dirección contiene caracteres no válidos.";
-    QTest::newRow("not JSON") << QByteArray(R"({"action": "add", )")
-                              << "El mensaje no es JSON válido.";
-    QTest::newRow("no action") << QByteArray(R"({"url":"http://h/a.zip"})")
-                               << "Falta la acción (\"action\") del mensaje.";
-    QTest::newRow("file: address")
-        << QByteArray(R"({"action":"add","url":"file:///etc/passwd"})")
-        << "Corvane solo descarga direcciones http://, https:// o ftp://.";
-    QTest::newRow("line break in address")
-        << QByteArray(R"({"action":"add","url":"http://h/a.zip\r\nX-Inyectada: 1"})") << badAddress;
-    QTest::newRow("addresses as a list")
-        << QByteArray(R"({"action":"add","url":["http://h/a.zip","http://h/b.zip"]})")
-        << "La dirección (\"url\") debe ser un texto con una sola dirección.";
-    QTest::newRow("CR LF in the cookie")
-        << QByteArray(R"({"action":"add","url":"http://h/a.zip","cookie":"a=1\r\nX: 1"})")
-        << "Las cookies contienen caracteres no válidos.";
-    QTest::newRow("LF in the referrer")
-        << QByteArray(R"({"action":"add","url":"http://h/a.zip","referrer":"http://h/\nX: 1"})")
-        << "La página de origen (\"referrer\") no es una dirección válida.";
-}
-
-void TestNativeHost::refused()
-{
-    QFETCH(QByteArray, message);
-    NativeHost host(ProgramFolder(m_idle.path()), CorvaneProcess::built());
-    QTEST(shown(host.answer(message)), "error");
-    QVERIFY(!QFile::exists(m_idle.filePath("corvane.lock")));
-}
-
-void TestNativeHost::startsTheProgram()
-{
-    // No program runs: the host starts one and hands it the link.
-    const QString add = R"({"action":"add","url":"%1a.zip","referrer":"%1p.html","cookie":"s=1"})";
-    QCOMPARE(
-        answersTo(m_home.folder(), framed(add.arg(m_server.url("")).toUtf8()), m_x.environment()),
-        QStringList{"ok"});
-    QVERIFY(programOf(m_home.folder()) > 0);
-    QTRY_VERIFY_WITH_TIMEOUT(m_home.read("activas.dwn").contains(m_server.url("a.zip").toUtf8()),
-                             20000);
-}
-
-void TestNativeHost::cleanupTestCase()
-{
-    // As on logging out; the program also ends with its X server.
-    if (const qint64 program = programOf(m_home.folder()); program > 0) {
-        ::kill(pid_t(program), SIGTERM);
-        QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(m_home.path("corvane.lock")), 10000);
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY2(m_x.start(), qPrintable(m_x.error()));
+        QVERIFY(m_home.saveQuiet());
+        for (const QString &home : {m_home.folder(), m_idle.path()})
+            QVERIFY(writeFile(home + "/listado.lst", "exe\r\n\r\n.pdf\r\n"));
     }
-}
+
+    // A message too long is answered and skipped, the next read on; one cut short ends the run.
+    // Nothing starts a program.
+    void framing()
+    {
+        const QByteArray input = framed(QByteArray(NativeHost::MaxMessage + 1, ' ')) +
+                                 framed(R"({"action":"extensions"})") +
+                                 framed(R"({"action":"add"})").left(10);
+        QCOMPARE(
+            answersTo(m_idle.path(), input, m_x.environment()),
+            (QStringList{"El mensaje ocupa más de 1 MB.", "ok exe zip ace tar iso bmp gif jpg .pdf",
+                         "El mensaje llegó cortado: faltan 10 de sus 16 bytes."}));
+        QVERIFY(!QFile::exists(m_idle.filePath("corvane.lock")));
+    }
+
+    void refused_data()
+    {
+        QTest::addColumn<QByteArray>("message");
+        QTest::addColumn<QString>("error");
+        const QString badAddress = "La dirección contiene caracteres no válidos.";
+        QTest::newRow("not JSON") << QByteArray(R"({"action": "add", )")
+                                  << "El mensaje no es JSON válido.";
+        QTest::newRow("no action") << QByteArray(R"({"url":"http://h/a.zip"})")
+                                   << "Falta la acción (\"action\") del mensaje.";
+        QTest::newRow("file: address")
+            << QByteArray(R"({"action":"add","url":"file:///etc/passwd"})")
+            << "Corvane solo descarga direcciones http://, https:// o ftp://.";
+        QTest::newRow("line break in address")
+            << QByteArray(R"({"action":"add","url":"http://h/a.zip\r\nX-Inyectada: 1"})")
+            << badAddress;
+        QTest::newRow("addresses as a list")
+            << QByteArray(R"({"action":"add","url":["http://h/a.zip","http://h/b.zip"]})")
+            << "La dirección (\"url\") debe ser un texto con una sola dirección.";
+        QTest::newRow("CR LF in the cookie")
+            << QByteArray(R"({"action":"add","url":"http://h/a.zip","cookie":"a=1\r\nX: 1"})")
+            << "Las cookies contienen caracteres no válidos.";
+        QTest::newRow("LF in the referrer")
+            << QByteArray(R"({"action":"add","url":"http://h/a.zip","referrer":"http://h/\nX: 1"})")
+            << "La página de origen (\"referrer\") no es una dirección válida.";
+    }
+
+    void refused()
+    {
+        QFETCH(QByteArray, message);
+        NativeHost host(ProgramFolder(m_idle.path()), CorvaneProcess::built());
+        QTEST(shown(host.answer(message)), "error");
+        QVERIFY(!QFile::exists(m_idle.filePath("corvane.lock")));
+    }
+
+    void startsTheProgram()
+    {
+        // No program runs: the host starts one and hands it the link.
+        const QString add =
+            R"({"action":"add","url":"%1a.zip","referrer":"%1p.html","cookie":"s=1"})";
+        QCOMPARE(answersTo(m_home.folder(), framed(add.arg(m_server.url("")).toUtf8()),
+                           m_x.environment()),
+                 QStringList{"ok"});
+        QVERIFY(programOf(m_home.folder()) > 0);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            m_home.read("activas.dwn").contains(m_server.url("a.zip").toUtf8()), 20000);
+    }
+
+    void cleanupTestCase()
+    {
+        // As on logging out; the program also ends with its X server.
+        if (const qint64 program = programOf(m_home.folder()); program > 0) {
+            ::kill(pid_t(program), SIGTERM);
+            QTRY_VERIFY_WITH_TIMEOUT(!QFile::exists(m_home.path("corvane.lock")), 10000);
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(TestNativeHost)
 #include "tst_nativehost.moc"
