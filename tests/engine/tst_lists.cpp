@@ -13,20 +13,6 @@ namespace {
 const QString Url1 = QStringLiteral("http://127.0.0.1:9/uno.zip");
 const QString Url2 = QStringLiteral("ftp://127.0.0.1:9/pub/dos.bin");
 
-// A download of that name waiting in the queue.
-void queue(EngineFixture &f, const QString &name, bool locked = false)
-{
-    f.inactive.addnew(
-        {.Data = "http://127.0.0.1:9/" + name, .path = f.path(name), .locked = locked});
-}
-
-// 39 more downloads in the queue, which then holds 40 with its unused slot 0.
-void fillQueue(EngineFixture &f)
-{
-    for (int i = 0; i < 39; ++i)
-        f.inactive.addnew({.Data = "http://h/x", .path = "/x"}, Loading::Yes);
-}
-
 } // namespace
 
 class TestLists : public QObject
@@ -169,14 +155,14 @@ private Q_SLOTS:
     void queueMoves()
     {
         EngineFixture f;
-        queue(f, "a", true);
+        f.inactive.addnew({.Data = Url1, .path = f.path("a"), .locked = true});
         // Only locked downloads: nothing moves, the file (with the lock) is written all the same.
         QFile::remove(f.path("inactivas.dwn"));
         f.inactive.toactivas();
         QCOMPARE(f.active.rowCount(), 1);
         QVERIFY(f.read("inactivas.dwn").endsWith("True\r\n"));
 
-        queue(f, "b");
+        f.inactive.addnew({.Data = Url2, .path = f.path("b")});
         f.inactive.setSeleccionado(1);
         f.inactive.toactivas();
         QCOMPARE(f.active.rowCount(), 2);
@@ -245,7 +231,8 @@ private Q_SLOTS:
 
         // Both lists full: each way says so in its own words; nothing is added or logged.
         f.settings.maxdesc = "1";
-        fillQueue(f);
+        for (int i = 0; i < 39; ++i) // the queue holds 40 with its unused slot 0
+            f.inactive.addnew({.Data = "http://h/x", .path = "/x"}, Loading::Yes);
         const qsizetype logged = f.history.lines.size();
         f.desktop.inputAnswers = {QStringLiteral("http://127.0.0.1:9/g")};
         QVERIFY(quick.add("http://127.0.0.1:9/c").isEmpty());
