@@ -200,16 +200,12 @@ private Q_SLOTS:
             clickRow(inactive ? f.inactivas.rowAt(1) : f.activas.rowAt(1), Qt::RightButton);
             QTRY_VERIFY(menu->isVisible());
             QCOMPARE(f.rows(), inactive ? " | [dos*]" : "[uno] | dos*");
-            const QStringList enabled =
-                inactive ? QStringList{"continuar2", "cancelar2", "bloquear", "propiedades2"}
-                         : QStringList{"ejecutar", "antivirus", "propiedades"};
-            QCOMPARE(enabledItems(menu), enabled);
+            QCOMPARE(enabledItems(menu),
+                     inactive ? QStringList{"continuar2", "cancelar2", "bloquear", "propiedades2"}
+                              : QStringList{"ejecutar", "antivirus", "propiedades"});
             menu->actions().last()->trigger();
             QCOMPARE(texts(&f.detail, {"destino"}), QStringList{f.path(inactive ? "dos" : "uno")});
-            if (inactive)
-                f.inactive.delfile(1, false);
-            else
-                f.active.delfile(1, false);
+            inactive ? f.inactive.delfile(1, false) : f.active.delfile(1, false);
             QCOMPARE(enabledItems(menu), QStringList());
             menu->hide();
         }
@@ -219,7 +215,7 @@ private Q_SLOTS:
     void commands_data()
     {
         QTest::addColumn<QString>("select"); // the row clicked first: "uno" is active, "dos" and
-        QTest::addColumn<QString>("state");  // "tres" inactive; none: on the inactive window
+        QTest::addColumn<QString>("state");  // "tres" inactive
         QTest::addColumn<QString>("key");
         QTest::addColumn<bool>("yes");          // the answer to a question; No when not given
         QTest::addColumn<QString>("meanwhile"); // what happens while the question is open
@@ -285,8 +281,7 @@ private Q_SLOTS:
         f.addInactive("dos");
         f.addInactive("tres");
         QWidget *window = select == "uno" ? static_cast<QWidget *>(&f.activas) : &f.inactivas;
-        if (!select.isEmpty())
-            clickRow(select == "uno" ? f.activas.rowAt(1) : f.inactivas.rowAt(2));
+        clickRow(select == "uno" ? f.activas.rowAt(1) : f.inactivas.rowAt(2));
         f.desktop.calls.clear();
         QFETCH(bool, yes);
         f.desktop.yesNoAnswers = {yes};
