@@ -98,26 +98,24 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("message");
         QTest::addColumn<QString>("error");
-        const QString badAddress = "La dirección contiene caracteres no válidos.";
-        QTest::newRow("not JSON") << QByteArray(R"({"action": "add", )")
-                                  << "El mensaje no es JSON válido.";
-        QTest::newRow("no action") << QByteArray(R"({"url":"http://h/a.zip"})")
-                                   << "Falta la acción (\"action\") del mensaje.";
-        QTest::newRow("file: address")
-            << QByteArray(R"({"action":"add","url":"file:///etc/passwd"})")
-            << "Corvane solo descarga direcciones http://, https:// o ftp://.";
-        QTest::newRow("line break in address")
-            << QByteArray(R"({"action":"add","url":"http://h/a.zip\r\nX-Inyectada: 1"})")
-            << badAddress;
-        QTest::newRow("addresses as a list")
-            << QByteArray(R"({"action":"add","url":["http://h/a.zip","http://h/b.zip"]})")
-            << "La dirección (\"url\") debe ser un texto con una sola dirección.";
-        QTest::newRow("CR LF in the cookie")
-            << QByteArray(R"({"action":"add","url":"http://h/a.zip","cookie":"a=1\r\nX: 1"})")
-            << "Las cookies contienen caracteres no válidos.";
-        QTest::newRow("LF in the referrer")
-            << QByteArray(R"({"action":"add","url":"http://h/a.zip","referrer":"http://h/\nX: 1"})")
-            << "La página de origen (\"referrer\") no es una dirección válida.";
+        const auto row = [](const char *name, const char *message, const QString &error) {
+            QTest::newRow(name) << QByteArray(message) << error;
+        };
+        row("not JSON", R"({"action": "add", )", "El mensaje no es JSON válido.");
+        row("no action", R"({"url":"http://h/a.zip"})",
+            "Falta la acción (\"action\") del mensaje.");
+        row("file: address", R"({"action":"add","url":"file:///etc/passwd"})",
+            "Corvane solo descarga direcciones http://, https:// o ftp://.");
+        row("line break in address", R"({"action":"add","url":"http://h/a.zip\r\nX-Inyectada: 1"})",
+            "La dirección contiene caracteres no válidos.");
+        row("addresses as a list", R"({"action":"add","url":["http://h/a.zip","http://h/b.zip"]})",
+            "La dirección (\"url\") debe ser un texto con una sola dirección.");
+        row("CR LF in the cookie",
+            R"({"action":"add","url":"http://h/a.zip","cookie":"a=1\r\nX: 1"})",
+            "Las cookies contienen caracteres no válidos.");
+        row("LF in the referrer",
+            R"({"action":"add","url":"http://h/a.zip","referrer":"http://h/\nX: 1"})",
+            "La página de origen (\"referrer\") no es una dirección válida.");
     }
 
     void refused()
