@@ -48,7 +48,9 @@ private:
 
 void TestClipboard::offeredOnce()
 {
-    // setup: the link grabber wants PDF files too; the watch is off, as at first
+    // The link grabber wants PDF files too; the watch is off, as at first. Then the watch is
+    // switched on in the settings window, and one copy follows another: what is offered is in the
+    // quick-add box and said in the messages' panel, nothing asked.
     SettingsFixture home;
     QVERIFY(home.saveQuiet());
     home.write("listado.lst", "exe\r\n.pdf\r\n");
@@ -62,15 +64,11 @@ void TestClipboard::offeredOnce()
     QVERIFY(copy(m_x, first));
     QCOMPARE(quickadd->currentText(), QString());
 
-    // action: the watch switched on in the settings window, then one copy after another
     auto *cfg = main->findChild<QDialog *>("cfg");
     cfg->findChild<QCheckBox *>("portapapeles")->click();
     cfg->accept();
-    const struct
-    {
-        QString copied;
-        QString offered; // empty: nothing
-    } copies[] = {
+    // Copied, and offered (empty: nothing).
+    const QList<std::pair<QString, QString>> copies{
         {first, first},
         {"  https://127.0.0.1:9/dir/Setup.EXE \n", "https://127.0.0.1:9/dir/Setup.EXE"},
         {first, ""},
@@ -81,7 +79,6 @@ void TestClipboard::offeredOnce()
     for (const auto &[copied, offered] : copies) {
         quickadd->setEditText(QString());
         QVERIFY2(copy(m_x, copied), qPrintable(copied));
-        // verify: offered in the quick-add box and said in the messages' panel, nothing asked
         QCOMPARE(quickadd->currentText(), offered);
         if (!offered.isEmpty())
             QVERIFY2(mensajes->text().contains(offered), qPrintable(mensajes->text()));

@@ -76,8 +76,9 @@ private Q_SLOTS:
 
     void keyboardAndScreenReader()
     {
-        // setup: an empty program folder, as a new user has; a server that sends a little and then
-        // nothing, so the download is still there at the end
+        // An empty program folder, as a new user has; a server that sends a little and then
+        // nothing, so the download is still there at the end. A click into the quick-add box, the
+        // address typed, Enter; the accessibility tree read as a screen reader does.
         XServer x;
         QVERIFY2(x.start(), qPrintable(x.error()));
         SettingsFixture home;
@@ -88,9 +89,6 @@ private Q_SLOTS:
             return reply;
         });
         const QString url = server.url("x.wav");
-
-        // action: a click into the quick-add box, the address typed, Enter; the accessibility tree
-        // read as a screen reader does
         QProcess reader;
         reader.setProcessEnvironment(x.environment());
         reader.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -102,10 +100,9 @@ private Q_SLOTS:
         QCOMPARE(reader.exitCode(), 0);
         const QStringList said = QString::fromUtf8(reader.readAllStandardOutput()).split('\n');
 
-        // verify: the row is there and kept in the list; each panel is read by its text, with its
-        // tooltip after it
-        // A first start asks nothing (a question would have taken the keys) and writes the
-        // settings.
+        // The row is there and kept in the list; each panel is read by its text, with its tooltip
+        // after it. A first start asks nothing (a question would have taken the keys) and writes
+        // the settings.
         QVERIFY2(said.contains("row|" + url), qPrintable(said.join('\n')));
         QVERIFY(QFile::exists(home.path("corvane.ini")));
         QVERIFY(home.read("activas.dwn").startsWith(QByteArray(url.toUtf8() + "\r\n")));
@@ -120,7 +117,8 @@ private Q_SLOTS:
 
     void browserLinks()
     {
-        // setup: a page whose links are clicked as soon as it is shown, the browser window shown
+        // A page whose links are clicked as soon as it is shown, the browser window shown: the
+        // zelq: link's file is downloaded, the _blank link opens nothing.
         XServer x;
         QVERIFY2(x.start(), qPrintable(x.error()));
         SettingsFixture home;
@@ -142,8 +140,6 @@ private Q_SLOTS:
         environment.insert("CORVANE_HOME_PAGE", server.url("pagina.html"));
         CorvaneProcess corvane({"--home", home.folder()}, environment,
                                QProcess::ForwardedErrorChannel);
-
-        // verify: the zelq: link's file is downloaded, the _blank link opened nothing
         QTRY_COMPARE_WITH_TIMEOUT(home.read("download/z.bin"), Content, 30000);
         QCOMPARE(server.requests().size(), 2);
         // The notice of the added link is up; the program ends all the same, as on logging out.
