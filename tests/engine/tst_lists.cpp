@@ -175,8 +175,9 @@ private Q_SLOTS:
     }
 
     // What a person types: blanks around dropped, inner ones as in a request, a line break refused.
-    // The prompt offers the clipboard when it holds an address, and resolves dots.
-    void typedAddresses()
+    // The prompt offers the clipboard when it holds an address, and resolves dots. Then the
+    // questions quick add asks, and its refusals when the lists are full.
+    void quickAdd()
     {
         EngineFixture f;
         QuickAdd quick(f.active, f.inactive, f.settings, f.desktop, f.history);
@@ -194,18 +195,14 @@ private Q_SLOTS:
         QCOMPARE(f.desktop.calls,
                  (QStringList{"messageBox|Critical|La dirección contiene caracteres no válidos.",
                               prompt + "http://127.0.0.1:9/a/b", prompt}));
-        QCOMPARE(f.active.rowCount(), 3);
-    }
+        f.desktop.calls.clear();
+        f.history.lines.clear();
 
-    void quickAddQuestions()
-    {
-        EngineFixture f;
-        QuickAdd quick(f.active, f.inactive, f.settings, f.desktop, f.history);
         // Declining the overwrite question keeps the file, the lists and the history untouched.
         f.write("a.zip", "old");
         QVERIFY(quick.add("http://127.0.0.1:9/a.zip").isEmpty());
         QCOMPARE(f.read("a.zip"), QByteArray("old"));
-        QCOMPARE(f.active.rowCount(), 1);
+        QCOMPARE(f.active.rowCount(), 3);
         QVERIFY(f.history.lines.isEmpty());
         f.desktop.yesNoAnswers = {true};
         QCOMPARE(quick.add("http://127.0.0.1:9/a.zip"), f.path("a.zip"));
@@ -214,15 +211,15 @@ private Q_SLOTS:
         f.desktop.inputAnswers = {QStringLiteral("ftp://127.0.0.1:9/pub/f.bin")};
         f.desktop.loginAnswers = {FtpCredentials{"ana", "secreta", true}};
         QCOMPARE(quick.newurl({}), f.path("f.bin"));
-        const DownloadSlot &login = f.active.slot(2);
+        const DownloadSlot &login = f.active.slot(4);
         QCOMPARE(QStringList({login.usernm, login.passw}), QStringList({"ana", "secreta"}));
         QVERIFY(login.rememb);
         QCOMPARE(f.desktop.callsOf("askFtpLogin"),
                  QStringList{"Usuario/Contraseña|anonymous|freepwd"});
 
-        // Room for three (the template row counts): the next waits in the queue; the bar logs in to
+        // Room for five (the template row counts): the next waits in the queue; the bar logs in to
         // FTP as anonymous.
-        f.settings.maxdesc = "4";
+        f.settings.maxdesc = "6";
         QCOMPARE(quick.add("ftp://127.0.0.1:9/pub/my%20file.txt"), f.path("my file.txt"));
         QCOMPARE(quick.add("ftp://127.0.0.1:9/pub/b.txt"), f.path("b.txt"));
         const ListRecord &queued = f.inactive.registro(1);
