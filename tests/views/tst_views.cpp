@@ -309,7 +309,9 @@ private Q_SLOTS:
 
     // A click selects the row and describes it; the menu and the buttons follow the download's
     // state. "continuar" fetches a file the server refused once again, with the whole retry
-    // budget. A click on the empty part of the list clears the selection and the panel.
+    // budget. A click on the empty part of the list clears the selection and the panel. The
+    // finished downloads leave, the selected one among them; their files stay, and the row left
+    // moves up under the column headers.
     void rowClickAndReconnect()
     {
         Views f;
@@ -318,12 +320,13 @@ private Q_SLOTS:
             return index == 0 ? ScriptedHttpServer::status("HTTP/1.1 404 Not Found")
                               : ScriptedHttpServer::file(content, request, true);
         });
+        f.addActive("uno", "finished");
         f.addActive("otra");
         f.add(server.url("f.bin"));
-        QTRY_COMPARE(f.status(2), DownloadStatus::Exhausted);
-        clickRow(f.activas.rowAt(1));
+        QTRY_COMPARE(f.status(3), DownloadStatus::Exhausted);
         clickRow(f.activas.rowAt(2));
-        QCOMPARE(f.rows(), QStringLiteral("otra [f.bin] | "));
+        clickRow(f.activas.rowAt(3));
+        QCOMPARE(f.rows(), QStringLiteral("uno otra [f.bin] | "));
         QCOMPARE(enabledItems(f.activas.menu()),
                  (QStringList{"continuar", "pausar", "cancelar", "propiedades"}));
         const QStringList buttons = {"continuar", "pausar", "detener", "open", "antivirus"};
@@ -338,8 +341,8 @@ private Q_SLOTS:
         f.settings.vecesv = 7;
         button(&f.activas, "continuar")->click();
         QVERIFY(!button(&f.activas, "continuar")->isEnabled());
-        QCOMPARE(f.transfer(2).redoBudget(), 7);
-        QTRY_COMPARE(f.status(2), DownloadStatus::Finished);
+        QCOMPARE(f.transfer(3).redoBudget(), 7);
+        QTRY_COMPARE(f.status(3), DownloadStatus::Finished);
         QCOMPARE(f.read("f.bin"), content);
         // Finished while selected: the buttons and the panel follow.
         QVERIFY(button(&f.activas, "open")->isEnabled());
@@ -347,24 +350,15 @@ private Q_SLOTS:
                      (QStringList{"50000/50000", "100%"}));
 
         QTest::mouseClick(f.activas.frame(), Qt::LeftButton, {}, QPoint(20, 400));
-        QCOMPARE(f.rows(), QStringLiteral("otra f.bin | "));
+        QCOMPARE(f.rows(), QStringLiteral("uno otra f.bin | "));
         QCOMPARE(enabledItems(f.activas.menu()), QStringList());
         QCOMPARE(texts(&f.activas, {"urlt"}), QStringList{""});
-    }
 
-    // The finished downloads leave, the selected one among them; their files stay, and the row
-    // left moves up under the column headers.
-    void delendWithSelectedFinished()
-    {
-        Views f;
-        f.addActive("uno", "finished");
-        f.addActive("dos");
-        f.addActive("tres", "finished");
         clickRow(f.activas.rowAt(3));
         button(&f.activas, "delend")->click();
-        QCOMPARE(f.rows(), QStringLiteral("dos | "));
+        QCOMPARE(f.rows(), QStringLiteral("otra | "));
         QCOMPARE(texts(&f.activas, {"urlt"}), QStringList{""});
-        QVERIFY(QFile::exists(f.path("uno")) && QFile::exists(f.path("tres")));
+        QVERIFY(QFile::exists(f.path("uno")) && QFile::exists(f.path("f.bin")));
         RowFrame *frame = f.activas.frame();
         QCOMPARE(f.activas.rowAt(2)->y(),
                  frame->findChild<QWidget *>("headers")->height() + frame->contentsRect().y());
