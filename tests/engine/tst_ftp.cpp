@@ -40,10 +40,8 @@ private Q_SLOTS:
         QFETCH(QString, end);
         EngineFixture f;
         ScriptedFtpServer server(Content);
-        server.answer = [&](const QByteArray &line) -> std::optional<QByteArray> {
-            if (line.startsWith(command))
-                return reply;
-            return std::nullopt;
+        server.answer = [&](const QByteArray &line) {
+            return line.startsWith(command) ? std::optional(reply) : std::nullopt;
         };
         if (end == "finished")
             f.write("x.zip", QByteArray(5000, 'x'));
@@ -64,10 +62,10 @@ private Q_SLOTS:
     void loginRefused()
     {
         // Both servers take only the password "buena".
-        const auto onlyBuena = [](const QByteArray &line) -> std::optional<QByteArray> {
-            if (line.startsWith("PASS") && line != "PASS buena")
-                return "530 Usuario incorrecto\r\n";
-            return std::nullopt;
+        const auto onlyBuena = [](const QByteArray &line) {
+            return line.startsWith("PASS") && line != "PASS buena"
+                       ? std::optional<QByteArray>("530 Usuario incorrecto\r\n")
+                       : std::nullopt;
         };
         EngineFixture f;
         ScriptedFtpServer server(Content);

@@ -256,6 +256,13 @@ private Q_SLOTS:
                      "09:03:08\r\n | 0:Descargando http://h/€.zip a /d/a.zip\r\n | 255:" +
                      EndLine + "Iniciado a las 23:59:59 el 31/12/2024");
         QVERIFY(f.desktop.calls.isEmpty());
+
+        // A copy saved where the person chooses; a cancelled dialog saves nothing.
+        f.desktop.fileAnswers = {f.path("copia.rtf"), QString()};
+        QVERIFY(second.savehist());
+        QCOMPARE(f.read("copia.rtf"), Rtf::write(second.document()));
+        QVERIFY(!second.savehist());
+        QCOMPARE(f.desktop.callsOf("saveFileDialog"), QStringList({"|*.rtf", "|*.rtf"}));
     }
 
     // histrut in a folder that holds a folder "carpeta" and an older "historial.rtf.bak"; `content`
@@ -310,17 +317,6 @@ private Q_SLOTS:
         QCOMPARE(f.read("historial.rtf.1.bak"),
                  message.contains(".1.bak") ? content : QByteArray());
         QCOMPARE(f.read("historial.rtf.bak"), "older");
-    }
-
-    void savehist()
-    {
-        HistoryFixture f;
-        f.log.append("\r\nConfiguración cambiada a las 09:03:08", Black);
-        f.desktop.fileAnswers = {f.path("copia.rtf"), QString()};
-        QVERIFY(f.log.savehist());
-        QCOMPARE(f.read("copia.rtf"), Rtf::write(f.log.document()));
-        QVERIFY(!f.log.savehist()); // cancelled
-        QCOMPARE(f.desktop.callsOf("saveFileDialog"), QStringList({"|*.rtf", "|*.rtf"}));
     }
 };
 
