@@ -151,11 +151,9 @@ void TestRealTimers::ftpAfterKill()
     QVERIFY(writeFile(root.filePath("pub/grande.bin"), big) &&
             writeFile(root.filePath("canción.mp3"), songBytes));
     constexpr int Rate = 512 * 1024;
-    std::unique_ptr<LocalServer> ftp;
-    if (server == "vsftpd")
-        ftp = std::make_unique<VsftpdServer>(root.path(), Rate);
-    else
-        ftp = std::make_unique<ProftpdServer>(root.path(), Rate);
+    const std::unique_ptr<LocalServer> ftp(
+        server == "vsftpd" ? static_cast<LocalServer *>(new VsftpdServer(root.path(), Rate))
+                           : new ProftpdServer(root.path(), Rate));
     QVERIFY2(ftp->start(), qPrintable(ftp->error()));
     Home home;
     CorvaneProcess first(home.headless({ftp->url("pub/grande.bin")}));
