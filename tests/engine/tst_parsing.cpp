@@ -63,11 +63,10 @@ const QHash<QString, std::function<QString(const QByteArray &)>> Pieces{
      [](const QByteArray &chunk) -> QString {
          if (!Http::isHead(chunk))
              return QStringLiteral("data");
-         const QStringList parts{
-             QString::number(Http::statusCode(chunk)), QString::number(Http::contentLength(chunk)),
-             QString::fromUtf8(chunk.mid(Http::bodyStart(chunk))), Http::location(chunk),
-             QString::fromLatin1(Http::isChunked(chunk) ? "chunked" : "")};
-         return joined(parts);
+         return joined({QString::number(Http::statusCode(chunk)),
+                        QString::number(Http::contentLength(chunk)),
+                        QString::fromUtf8(chunk.mid(Http::bodyStart(chunk))), Http::location(chunk),
+                        QString::fromLatin1(Http::isChunked(chunk) ? "chunked" : "")});
      }},
     // "rate ms:wanted ms:wanted ... ms:wait": what each read is given, and how long the last
     // must wait for a full read of 4096 bytes.
@@ -98,12 +97,10 @@ const QHash<QString, std::function<QString(const QByteArray &)>> Pieces{
     // The replies a control connection completes, read whole and a byte at a time.
     {"ftp replies",
      [](const QByteArray &chunk) {
-         Ftp::ReplyReader whole;
-         Ftp::ReplyReader bytes;
-         QStringList replies;
+         Ftp::ReplyReader whole, bytes;
+         QStringList replies, split;
          for (const QByteArray &line : whole.take(chunk))
              replies << QString::fromUtf8(line);
-         QStringList split;
          for (qsizetype i = 0; i < chunk.size(); ++i) {
              for (const QByteArray &line : bytes.take(chunk.mid(i, 1)))
                  split << QString::fromUtf8(line);
@@ -119,19 +116,19 @@ const QHash<QString, std::function<QString(const QByteArray &)>> Pieces{
              values << reader.readField();
          return joined(values << orFailure([&] { return reader.readField(); }));
      }},
-    {"extended passive",
-     [](const QByteArray &line) { return QString::number(Ftp::extendedPassivePort(line)); }},
+    // The data connection's port of a 229, host and port of a 227.
+    {"passive",
+     [](const QByteArray &line) -> QString {
+         if (line.startsWith("229"))
+             return QString::number(Ftp::extendedPassivePort(line));
+         const Ftp::Endpoint endpoint = Ftp::passiveEndpoint(line);
+         return endpoint.host + ':' + QString::number(endpoint.port);
+     }},
     // Announced address and the control connection's peer: which one the data goes to.
     {"inside address",
      [](const QByteArray &pair) {
          const QList<QByteArray> both = pair.split(' ');
-         return Ftp::announcesInsideAddress(both[0], both[1]) ? QStringLiteral("peer")
-                                                              : QStringLiteral("announced");
-     }},
-    {"passive",
-     [](const QByteArray &line) -> QString {
-         const Ftp::Endpoint endpoint = Ftp::passiveEndpoint(line);
-         return endpoint.host + ':' + QString::number(endpoint.port);
+         return QString(Ftp::announcesInsideAddress(both[0], both[1]) ? "peer" : "announced");
      }},
 };
 
@@ -221,8 +218,8 @@ void TestParsing::pieces_data()
     row("ftp replies", "250 Ok\r\n350 Res", "250 Ok"); // the rest waits for its line end
     row("ftp replies", "220-Hola\r\n230 no es el final\r\n220-x\r\n220 \r\n331 p\r\n",
         "220  | 331 p");
-    row("extended passive", "229 Entering Extended Passive Mode (|||50123|)", "50123");
-    row("extended passive", "229 (|||70000|)", "Failure");
+    row("passive", "229 Entering Extended Passive Mode (|||50123|)", "50123");
+    row("passive", "229 (|||70000|)", "Failure");
     row("inside address", "192.168.1.2 203.0.113.5", "peer");
     row("inside address", "198.51.100.7 203.0.113.5", "announced");
     row("passive", "227 ok (127, 0, 0, 1, 200, 1)\r", "127.0.0.1:51201");
