@@ -211,11 +211,10 @@ private Q_SLOTS:
         QFETCH(QString, path);
         QFETCH(int, asked);
         Fixture f;
-        ScriptedHttpServer plain(servePages), tls(servePages, m_local.configuration()),
-            untrusted(servePages, m_untrusted.configuration());
-        ScriptedHttpServer &scripted = server == "https"       ? tls
-                                       : server == "untrusted" ? untrusted
-                                                               : plain;
+        ScriptedHttpServer scripted(servePages, server == "https" ? m_local.configuration()
+                                                : server == "untrusted"
+                                                    ? m_untrusted.configuration()
+                                                    : QSslConfiguration());
         const QString root = server.isEmpty() ? "" : scripted.url("");
         f.open();
         f.child<QRadioButton>(option)->click();
