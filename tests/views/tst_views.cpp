@@ -230,10 +230,7 @@ private Q_SLOTS:
             QTest::newRow(name) << select << state << key << yes << meanwhile << rows << files
                                 << history << calls;
         };
-        const auto ask = [](const QString &name) {
-            return QStringList{"askYesNo|¿Seguro que desea cancelar la transferencia de ~/" + name +
-                               "?"};
-        };
+        const QString ask = "askYesNo|¿Seguro que desea cancelar la transferencia de ~/%1?";
         const QStringList warn{"askYesNo|Advertencia: Este servidor no soporta la reanudación de "
                                "descargas, así que empezará de cero la próxima vez. ¿Desea "
                                "pausar la descarga de todas formas?"};
@@ -241,8 +238,8 @@ private Q_SLOTS:
                                  "descargado 6 bytes"};
         const QStringList cancelled{"\r\nCancelada la descarga de ~/uno a las T"};
         // The toolbar of the active window.
-        row("cancel, yes", "uno", "running", "detener", true, " | dos tres", cancelled, ask("uno"),
-            "dos tres");
+        row("cancel, yes", "uno", "running", "detener", true, " | dos tres", cancelled,
+            {ask.arg("uno")}, "dos tres");
         row("pause, resumable", "uno", "running", "pausar", false, " | dos tres uno", paused, {});
         // A 200 sends the file from its first byte again: none of it is there yet.
         row("pause, not resumable, yes", "uno", "unresumable", "pausar", true, " | dos tres uno",
@@ -255,12 +252,12 @@ private Q_SLOTS:
             QStringList{"\r\nLa descarga de http://servidor/finishing/uno a ~/uno ha finalizado "
                         "tras 0 segundos."} +
                 cancelled,
-            ask("uno"), "dos tres", "finish");
+            {ask.arg("uno")}, "dos tres", "finish");
         row("cancel, replaced meanwhile", "uno", "running", "detener", true, "otra | dos tres", {},
-            ask("uno"), "dos otra tres uno", "replace");
+            {ask.arg("uno")}, "dos otra tres uno", "replace");
         // The toolbar of the inactive window; with one download active, the list is full at two.
         row("inactive cancel, yes", "tres", "", "detener", true, "uno | dos",
-            {"Cancelada la descarga de ~/tres a las T"}, ask("tres"), "dos uno");
+            {"Cancelada la descarga de ~/tres a las T"}, {ask.arg("tres")}, "dos uno");
         row("continue, active list full", "tres", "", "continuar", false, "uno | dos [tres]", {},
             {"messageBox|Critical|Ya hay activas el número máximo configurado."});
         row("lock", "tres", "", "bloquear", false, "uno | dos [tres*]", {}, {});
@@ -409,8 +406,8 @@ private Q_SLOTS:
             auto *scroll = frame->findChild<QScrollBar *>("scroll");
             QVERIFY(rows.size() == 40 && scroll->isVisible());
             scroll->setValue(scroll->maximum());
-            QVERIFY(rows.last()->isVisible() && !rows.first()->isVisible());
-            QVERIFY(rows.last()->geometry().bottom() <= frame->contentsRect().bottom());
+            QVERIFY(rows.last()->isVisible() && !rows.first()->isVisible() &&
+                    rows.last()->geometry().bottom() <= frame->contentsRect().bottom());
             QVERIFY(window->width() < 1000);
         }
 
@@ -512,9 +509,8 @@ private Q_SLOTS:
         QTest::addColumn<int>("percent");
         QTest::addColumn<QString>("tenths"); // the middle of each tenth: # filled, . not
         QTest::newRow("one connection") << PartsBar::Parts{} << 30 << "###.......";
-        QTest::newRow("both ends") << PartsBar::Parts{{0, 0.2}, {0.7, 1}} << 50 << "##.....###";
-        QTest::newRow("three") << PartsBar::Parts{{0, 0.1}, {0.4, 0.6}, {0.9, 1}} << 40
-                               << "#...##...#";
+        QTest::newRow("three, at both ends")
+            << PartsBar::Parts{{0, 0.1}, {0.4, 0.6}, {0.9, 1}} << 40 << "#...##...#";
         QTest::newRow("a few bytes") << PartsBar::Parts{{0.5499, 0.5501}} << 0 << ".....#....";
     }
     void fetchedParts()
@@ -525,13 +521,8 @@ private Q_SLOTS:
         row.resize(900, row.height());
         row.show();
         QVERIFY(QTest::qWaitForWindowExposed(&row));
-        RowContent content;
-        content.porcentaje = 10;
-        content.parts = {{0.3, 0.45}, {0.8, 0.9}};
-        row.showContent(content);
-        content.porcentaje = percent;
-        content.parts = parts;
-        row.showContent(content);
+        row.showContent({.porcentaje = 10, .parts = {{0.3, 0.45}, {0.8, 0.9}}});
+        row.showContent({.porcentaje = percent, .parts = parts});
 
         const QImage bar = row.findChild<QProgressBar *>("avance")->grab().toImage();
         QString shown;
