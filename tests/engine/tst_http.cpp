@@ -295,9 +295,9 @@ private Q_SLOTS:
         row("416",
             ScriptedHttpServer::status("HTTP/1.1 416 No", "Content-Range: bytes */200000\r\n"),
             "finished", Content, Content.size(), Content);
-        HttpReply split;
-        split.chunks = {"HTT", "P/1.1 200 OK\r\nContent-Le", "ngth: 5\r\n\r", "\nhello"};
-        row("head split", split, "finished", "hello", 5);
+        row("head split",
+            HttpReply{.chunks = {"HTT", "P/1.1 200 OK\r\nContent-Le", "ngth: 5\r\n\r", "\nhello"}},
+            "finished", "hello", 5);
     }
 
     void replyEnds()

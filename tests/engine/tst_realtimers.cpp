@@ -87,10 +87,9 @@ void TestRealTimers::trickleNeverDropped()
     ScriptedHttpServer server([](const QByteArray &request, int) {
         const QByteArray whole = ScriptedHttpServer::file(Content, request, true).bytes;
         const qsizetype piece = whole.size() / 5 + 1;
-        HttpReply reply;
+        HttpReply reply{.gapMs = 2000};
         for (qsizetype at = 0; at < whole.size(); at += piece)
             reply.chunks << whole.mid(at, piece);
-        reply.gapMs = 2000;
         return reply;
     });
     QCOMPARE(home.run({server.url("f.bin")}), 0);

@@ -17,12 +17,7 @@ struct HttpReply
     int gapMs = 40;           // between two of the chunks
     int delayMs = 0;          // before anything is sent
 
-    static HttpReply of(QByteArray bytes)
-    {
-        HttpReply reply;
-        reply.bytes = std::move(bytes);
-        return reply;
-    }
+    static HttpReply of(QByteArray bytes) { return HttpReply{.bytes = std::move(bytes)}; }
 };
 
 // An HTTP server on 127.0.0.1 that records every request byte for byte and answers each with

@@ -486,11 +486,7 @@ private Q_SLOTS:
         const QStringList texts{"", "Conexiones: 4", "", "Conexiones: 16", "Conexiones: 3"};
         DetailWindow window;
         QString now;
-        window.describe([&now]() -> std::optional<DownloadInfo> {
-            DownloadInfo info;
-            info.conexiones = now;
-            return info;
-        });
+        window.describe([&now] { return std::optional(DownloadInfo{.conexiones = now}); });
         const auto *label = window.findChild<QLabel *>("conexiones");
         for (const QString &text : texts) {
             now = text;
