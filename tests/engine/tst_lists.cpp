@@ -1,5 +1,5 @@
 // The two lists, their files and commands, the addresses a person types, and the timer ticks
-// called by hand. Transfers over the network are in tst_http and tst_ftp.
+// called by hand. Transfers over the network are in tst_transfers.
 #include "enginefixture.h"
 #include "quickadd.h"
 #include "scriptedhttpserver.h"

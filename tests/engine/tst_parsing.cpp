@@ -1,5 +1,5 @@
 // The pure pieces of the engine: addresses, HTTP heads and chunk framing, FTP replies. What the
-// transfers make of them is tested end to end in tst_http and tst_ftp.
+// transfers make of them is tested end to end in tst_transfers.
 #include "chunkeddecoder.h"
 #include "failure.h"
 #include "fakedesktop.h"

@@ -1,7 +1,10 @@
-// HTTP and HTTPS downloads end to end against the scripted servers: the bytes asked for, the
-// file written, the messages shown.
+// HTTP, HTTPS and FTP downloads end to end against the scripted servers: the bytes asked for,
+// the file written, the messages shown. For FTP, the answers stock servers rarely give; the stock
+// servers, with resuming, anonymous logins and escaped names, are in tst_realtimers. How replies
+// cut apart or run together are read is in tst_parsing.
 #include "enginefixture.h"
 #include "localservers.h"
+#include "scriptedftpserver.h"
 #include "scriptedhttpserver.h"
 #include "testauthority.h"
 
@@ -26,7 +29,7 @@ HttpReply chunked(const QByteArray &content, int size,
 
 } // namespace
 
-class TestHttp : public QObject
+class TestTransfers : public QObject
 {
     Q_OBJECT
 
@@ -336,7 +339,85 @@ private Q_SLOTS:
         QCOMPARE(server.connections(), 1);
         QCOMPARE(server.requests().size(), certificate.isEmpty() ? 1 : 0);
     }
+
+    void refusals_data()
+    {
+        QTest::addColumn<QByteArray>("command"); // answered with `reply` instead of the usual
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<QString>("end"); // "finished", or the message of the failure
+        // Other bytes on disk: the whole file goes over them, and the download no longer resumes.
+        QTest::newRow("REST refused")
+            << QByteArray("REST") << QByteArray("502 No implementado\r\n") << "finished";
+        // A file the server does not have fails at once, like a 404: no retry, no empty file.
+        const QString missing = "El archivo %1 no existe.";
+        QTest::newRow("no such folder")
+            << QByteArray("CWD") << QByteArray("550 No existe\r\n") << missing;
+        QTest::newRow("not retrievable")
+            << QByteArray("RETR") << QByteArray("553 No permitido\r\n") << missing;
+    }
+
+    void refusals()
+    {
+        QFETCH(QByteArray, command);
+        QFETCH(QByteArray, reply);
+        QFETCH(QString, end);
+        EngineFixture f;
+        ScriptedFtpServer server(Content);
+        server.answer = [&](const QByteArray &line) {
+            return line.startsWith(command) ? std::optional(reply) : std::nullopt;
+        };
+        if (end == "finished")
+            f.write("x.zip", QByteArray(5000, 'x'));
+        const QString url = server.url("pub/x.zip");
+        f.add(url, "x.zip", "anonymous", "freepwd");
+        if (end == "finished") {
+            QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
+            QCOMPARE(f.read("x.zip"), Content);
+            QVERIFY(!f.active.slot(1).allowredo);
+            return;
+        }
+        QTRY_COMPARE(f.status(1), DownloadStatus::Exhausted);
+        QVERIFY(!f.transfer(1).redoActive());
+        QCOMPARE(f.desktop.callsOf("showMessageWindow"), QStringList{end.arg(url) + "|"});
+        QVERIFY(!QFile::exists(f.path("x.zip")));
+    }
+
+    void loginRefused()
+    {
+        // Both servers take only the password "buena".
+        const auto onlyBuena = [](const QByteArray &line) {
+            return line.startsWith("PASS") && line != "PASS buena"
+                       ? std::optional<QByteArray>("530 Usuario incorrecto\r\n")
+                       : std::nullopt;
+        };
+        EngineFixture f;
+        ScriptedFtpServer server(Content);
+        ScriptedFtpServer other(Content);
+        server.answer = other.answer = onlyBuena;
+        f.desktop.loginAnswers = {FtpCredentials{"ana", "buena", true}};
+        // While the dialog is open a second download is refused too: it must not open another.
+        f.desktop.whileAsking = [&] {
+            f.add(other.url("y"), "y", "anonymous", "freepwd");
+            QTRY_VERIFY(other.commandWords().contains("PASS freepwd"));
+            QTest::qWait(100);
+        };
+        f.add(server.url("x"), "x", "anonymous", "freepwd");
+        QTRY_VERIFY(f.transfer(1).redoActive());
+        f.desktop.whileAsking = nullptr;
+        QCOMPARE(f.desktop.callsOf("askFtpLogin"),
+                 QStringList{"Usuario incorrecto.|anonymous|freepwd"});
+        const DownloadSlot &slot = f.active.slot(1);
+        QCOMPARE(slot.usernm, QStringLiteral("ana"));
+        QVERIFY(slot.rememb);
+        QCOMPARE(f.status(1), DownloadStatus::Connecting);
+
+        // The retry logs in with the new credentials.
+        f.transfer(1).redoTick();
+        QTRY_COMPARE(f.status(1), DownloadStatus::Finished);
+        QVERIFY(server.commandWords().contains("PASS buena"));
+        QCOMPARE(f.read("x"), Content);
+    }
 };
 
-QTEST_GUILESS_MAIN(TestHttp)
-#include "tst_http.moc"
+QTEST_GUILESS_MAIN(TestTransfers)
+#include "tst_transfers.moc"
