@@ -96,10 +96,6 @@ struct HistoryFixture
         log.setClock([] { return QDateTime(QDate(2024, 1, 5), QTime(9, 3, 7)); });
     }
     QString path(const QString &name) const { return dir.filePath(name); }
-    void write(const QString &name, const QByteArray &bytes) const
-    {
-        QVERIFY(writeFile(path(name), bytes));
-    }
     QByteArray read(const QString &name) const { return readFile(path(name)); }
 };
 
@@ -297,9 +293,9 @@ private Q_SLOTS:
         QFETCH(QString, message);
         HistoryFixture f;
         QVERIFY(QDir(f.dir.path()).mkdir("carpeta"));
-        f.write("historial.rtf.bak", "older");
+        QVERIFY(writeFile(f.path("historial.rtf.bak"), "older"));
         if (!content.isNull())
-            f.write("historial.rtf", content);
+            QVERIFY(writeFile(f.path("historial.rtf"), content));
         f.settings.histrut = f.path(histrut);
         f.log.open();
         QCOMPARE(f.log.text(), text + StartLine);
