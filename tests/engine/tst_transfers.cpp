@@ -1,7 +1,7 @@
 // HTTP, HTTPS and FTP downloads end to end against the scripted servers: the bytes asked for,
 // the file written, the messages shown. For FTP, the answers stock servers rarely give; the stock
 // servers, with resuming, anonymous logins and escaped names, are in tst_realtimers. How replies
-// cut apart or run together are read is in tst_parsing.
+// cut apart or run together are read is in tst_engine.
 #include "enginefixture.h"
 #include "localservers.h"
 #include "scriptedftpserver.h"
