@@ -123,8 +123,8 @@ private Q_SLOTS:
                                << end;
         };
         row("301 absolute", "301 Moved Permanently", "Location: %1/files/a.zip", "/files/a.zip");
-        row("302 name in lower case", "302 Found", "location: /files/a.zip", "/files/a.zip");
-        row("303 from the root", "303 See Other", "LOCATION: /files/a.zip", "/files/a.zip");
+        row("303 from the root, name in lower case", "303 See Other", "location: /files/a.zip",
+            "/files/a.zip");
         row("307 a folder up", "307 Temporary Redirect", "Location: ../b.zip", "/b.zip");
         row("308 the same folder", "308 Permanent Redirect", "Location: c.zip", "/a/c.zip");
         QTest::newRow("to https and back, lines ended by LF")

@@ -19,11 +19,13 @@ class TestProgram : public QObject
 {
     Q_OBJECT
 
+    XServer m_x;
+
 private Q_SLOTS:
+    void initTestCase() { QVERIFY2(m_x.start(), qPrintable(m_x.error())); }
+
     void downloadsTakesOverAndLeaves()
     {
-        XServer x;
-        QVERIFY2(x.start(), qPrintable(x.error()));
         SettingsFixture home;
         QVERIFY(home.saveQuiet()); // so that the start asks nothing
         ScriptedHttpServer server([](const QByteArray &request, int) {
@@ -32,7 +34,7 @@ private Q_SLOTS:
         // The lock left by a program that was killed is taken over.
         home.write("corvane.lock",
                    "999999\ncorvane\n" + QSysInfo::machineHostName().toUtf8() + "\n");
-        CorvaneProcess first({"--home", home.folder(), server.url("f.bin")}, x.environment(),
+        CorvaneProcess first({"--home", home.folder(), server.url("f.bin")}, m_x.environment(),
                              QProcess::ForwardedErrorChannel);
         QTRY_COMPARE_WITH_TIMEOUT(home.read("download/f.bin").size(), Content.size(), 20000);
 
@@ -50,7 +52,7 @@ private Q_SLOTS:
         // A second start on the same folder hands its addresses over and ends at once.
         CorvaneProcess second(
             {"--home", home.folder(), server.url("a.bin"), "zelq:" + server.url("b.bin")},
-            x.environment(), QProcess::ForwardedErrorChannel);
+            m_x.environment(), QProcess::ForwardedErrorChannel);
         QCOMPARE(second.waitForExit(10000), 0);
         QTRY_COMPARE_WITH_TIMEOUT(home.read("download/b.bin").size(), Content.size(), 20000);
         QTRY_COMPARE_WITH_TIMEOUT(home.read("download/a.bin").size(), Content.size(), 20000);
@@ -62,10 +64,10 @@ private Q_SLOTS:
 
         // What a person does to leave: the Archivo menu, then Salir, with the keyboard. The keys go
         // to whatever has the focus; the window is gone by the time they are done.
-        QCOMPARE(x.run("xdotool",
-                       {"search", "--sync", "--onlyvisible", "--name", "^Corvane$", "windowfocus"}),
+        QCOMPARE(m_x.run("xdotool", {"search", "--sync", "--onlyvisible", "--name", "^Corvane$",
+                                     "windowfocus"}),
                  0);
-        x.run("xdotool", {"key", "--delay", "300", "alt+a", "s"});
+        m_x.run("xdotool", {"key", "--delay", "300", "alt+a", "s"});
         QCOMPARE(first.waitForExit(10000), 0);
         for (const char *name : {"f.bin", "a.bin", "b.bin"})
             QCOMPARE(home.read(QString("download/") + name), Content);
@@ -79,8 +81,6 @@ private Q_SLOTS:
         // An empty program folder, as a new user has; a server that sends a little and then
         // nothing, so the download is still there at the end. A click into the quick-add box, the
         // address typed, Enter; the accessibility tree read as a screen reader does.
-        XServer x;
-        QVERIFY2(x.start(), qPrintable(x.error()));
         SettingsFixture home;
         ScriptedHttpServer server([](const QByteArray &request, int) {
             HttpReply reply = ScriptedHttpServer::file(Content, request, true);
@@ -90,7 +90,7 @@ private Q_SLOTS:
         });
         const QString url = server.url("x.wav");
         QProcess reader;
-        reader.setProcessEnvironment(x.environment());
+        reader.setProcessEnvironment(m_x.environment());
         reader.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         reader.start("dbus-run-session",
                      {"--", "/usr/bin/python3",
@@ -119,8 +119,6 @@ private Q_SLOTS:
     {
         // A page whose links are clicked as soon as it is shown, the browser window shown: the
         // zelq: link's file is downloaded, the _blank link opens nothing.
-        XServer x;
-        QVERIFY2(x.start(), qPrintable(x.error()));
         SettingsFixture home;
         QVERIFY(home.saveQuiet());
         home.write("view.win", QByteArray::fromHex("ffff0000ffff00000000ffffffff"));
@@ -136,7 +134,7 @@ private Q_SLOTS:
                     "<script>for (const id of ['b', 'z']) document.getElementById(id).click();"
                     "</script></body></html>");
         });
-        QProcessEnvironment environment = x.environment();
+        QProcessEnvironment environment = m_x.environment();
         environment.insert("CORVANE_HOME_PAGE", server.url("pagina.html"));
         CorvaneProcess corvane({"--home", home.folder()}, environment,
                                QProcess::ForwardedErrorChannel);
