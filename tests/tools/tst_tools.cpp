@@ -190,11 +190,8 @@ QStringList unrtfLines(const QByteArray &rtf)
 }
 
 // A history log over a fresh program folder, the scripted desktop and a fixed clock.
-struct HistoryFixture
+struct HistoryFixture : EngineFixture
 {
-    QTemporaryDir dir;
-    Settings settings;
-    FakeDesktop desktop;
     HistoryLog log{settings, desktop};
 
     HistoryFixture()
@@ -202,8 +199,6 @@ struct HistoryFixture
         settings.histrut = path("historial.rtf");
         log.setClock([] { return QDateTime(QDate(2024, 1, 5), QTime(9, 3, 7)); });
     }
-    QString path(const QString &name) const { return dir.filePath(name); }
-    QByteArray read(const QString &name) const { return readFile(path(name)); }
 };
 
 // The lines the fixture's clock gives.
@@ -240,12 +235,8 @@ bool waitUntil(const std::function<bool()> &done)
 // The browser window over a program folder holding its sound and picture, a scripted desktop,
 // an `añadir` that records the addresses reaching it, and the page above as its home page on a
 // local server.
-struct BrowserFixture
+struct BrowserFixture : EngineFixture
 {
-    QTemporaryDir dir;
-    Settings settings;
-    FakeDesktop desktop;
-    ProgramFolder folder{dir.path()};
     Notifier notifier{settings, desktop, folder};
     QStringList added;
     // Refuses an empty address, as the main window's does.
