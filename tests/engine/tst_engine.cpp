@@ -1,9 +1,7 @@
-// The engine: its pure pieces (addresses, HTTP heads and chunk framing, FTP replies); the two
-// lists, their files and commands, the commands on all downloads, the addresses a person types,
-// and the timer ticks called by hand; HTTP, HTTPS and FTP downloads end to end against the
-// scripted servers: the bytes asked for, the file written, the messages shown. For FTP, the
-// answers stock servers rarely give; the stock servers, with resuming, anonymous logins and
-// escaped names, are in tst_realtimers.
+// The engine: its pure pieces (addresses, HTTP heads and chunk framing, FTP replies); the lists,
+// their files and commands, the addresses a person types, the timer ticks called by hand; HTTP,
+// HTTPS and FTP downloads end to end against scripted servers, for FTP the answers stock servers
+// rarely give (the stock servers, resuming and logging in, are in tst_realtimers).
 #include "alldownloads.h"
 #include "chunkeddecoder.h"
 #include "enginefixture.h"
