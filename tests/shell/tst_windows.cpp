@@ -175,13 +175,12 @@ struct Views : EngineFixture
         write(name, "parte");
         const bool done = state == "finished";
         const bool running = !done && !state.isEmpty() && state != "exhausted";
+        const qint64 total = done ? 5 : running ? 0 : 1000;
         const int i =
             active.addnew({.Data = state.isEmpty() || done ? "http://127.0.0.1:9/" + name
                                                            : server.url(state + '/' + name),
                            .path = path(name),
-                           .total = done      ? 5
-                                    : running ? 0
-                                              : 1000,
+                           .total = total,
                            .bytes = done ? 5 : 6,
                            .allowredo = true});
         const auto reached = [&] {
