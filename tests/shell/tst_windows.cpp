@@ -307,8 +307,8 @@ private Q_SLOTS:
             QTRY_VERIFY(menu->isVisible());
             QCOMPARE(f.rows(), inactive ? " | [dos*]" : "[uno] | dos*");
             QCOMPARE(enabledItems(menu),
-                     inactive ? QStringList{"continuar2", "cancelar2", "bloquear", "propiedades2"}
-                              : QStringList{"ejecutar", "antivirus", "propiedades"});
+                     (inactive ? QStringList{"continuar2", "cancelar2", "bloquear", "propiedades2"}
+                               : QStringList{"ejecutar", "antivirus", "propiedades"}));
             menu->actions().last()->trigger();
             QCOMPARE(texts(&f.detail, {"destino"}), QStringList{f.path(inactive ? "dos" : "uno")});
             inactive ? f.inactive.delfile(1, false) : f.active.delfile(1, false);
@@ -592,7 +592,11 @@ private Q_SLOTS:
         const QStringList texts{"", "Conexiones: 4", "", "Conexiones: 16", "Conexiones: 3"};
         DetailWindow window;
         QString now;
-        window.describe([&now] { return std::optional(DownloadInfo{.conexiones = now}); });
+        window.describe([&now]() -> std::optional<DownloadInfo> {
+            DownloadInfo info;
+            info.conexiones = now;
+            return info;
+        });
         const auto *label = window.findChild<QLabel *>("conexiones");
         for (const QString &text : texts) {
             now = text;
@@ -623,8 +627,13 @@ private Q_SLOTS:
         row.resize(900, row.height());
         row.show();
         QVERIFY(QTest::qWaitForWindowExposed(&row));
-        row.showContent({.porcentaje = 10, .parts = {{0.3, 0.45}, {0.8, 0.9}}});
-        row.showContent({.porcentaje = percent, .parts = parts});
+        RowContent content;
+        content.porcentaje = 10;
+        content.parts = {{0.3, 0.45}, {0.8, 0.9}};
+        row.showContent(content);
+        content.porcentaje = percent;
+        content.parts = parts;
+        row.showContent(content);
 
         const QImage bar = row.findChild<QProgressBar *>("avance")->grab().toImage();
         QString shown;

@@ -10,12 +10,12 @@
 // What the server sends back for one request.
 struct HttpReply
 {
-    QByteArray bytes;
-    qint64 dropAfter = -1;    // close once this many bytes are sent
-    bool stall = false;       // after sending, keep the connection open and silent
-    QList<QByteArray> chunks; // instead of `bytes`: sent one by one, a little apart
-    int gapMs = 40;           // between two of the chunks
-    int delayMs = 0;          // before anything is sent
+    QByteArray bytes = {};
+    qint64 dropAfter = -1;         // close once this many bytes are sent
+    bool stall = false;            // after sending, keep the connection open and silent
+    QList<QByteArray> chunks = {}; // instead of `bytes`: sent one by one, a little apart
+    int gapMs = 40;                // between two of the chunks
+    int delayMs = 0;               // before anything is sent
 
     static HttpReply of(QByteArray bytes) { return HttpReply{.bytes = std::move(bytes)}; }
 };
