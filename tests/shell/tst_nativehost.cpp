@@ -227,7 +227,6 @@ private Q_SLOTS:
         m_corvane.terminate();
         if (!m_corvane.waitForFinished(10000))
             m_corvane.kill();
-
         // As on logging out; the program also ends with its X server.
         if (const qint64 program = programOf(m_home.folder()); program > 0) {
             ::kill(pid_t(program), SIGTERM);

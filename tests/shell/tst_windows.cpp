@@ -256,10 +256,9 @@ QStringList texts(QWidget *window, const QStringList &fields)
 QStringList enabledItems(const QMenu *menu)
 {
     QStringList names;
-    for (const QAction *item : menu->actions()) {
-        if (item->isEnabled())
-            names << item->objectName();
-    }
+    for (const QAction *item : menu->actions())
+        names << (item->isEnabled() ? item->objectName() : QString());
+    names.removeAll(QString()); // the disabled ones
     return names;
 }
 
@@ -591,15 +590,11 @@ private Q_SLOTS:
     {
         const QStringList texts{"", "Conexiones: 4", "", "Conexiones: 16", "Conexiones: 3"};
         DetailWindow window;
-        QString now;
-        window.describe([&now]() -> std::optional<DownloadInfo> {
-            DownloadInfo info;
-            info.conexiones = now;
-            return info;
-        });
+        DownloadInfo info;
+        window.describe([&info] { return std::optional(info); });
         const auto *label = window.findChild<QLabel *>("conexiones");
         for (const QString &text : texts) {
-            now = text;
+            info.conexiones = text;
             window.model().refresh();
             QCOMPARE(label->isHidden(), text.isEmpty());
             QCOMPARE(QStringList({label->accessibleName(), label->text()}), QStringList(2, text));
@@ -943,12 +938,11 @@ private Q_SLOTS:
         QCOMPARE(f.model.save(), written);
         QCOMPARE(f.history.lines.size(), 1);
         QCOMPARE(f.model.settings().defdir, written ? f.folder() + "/download/" : QString());
+        QCOMPARE(f.desktop.calls.size(), written ? 0 : 1);
         if (!written) {
-            QCOMPARE(f.desktop.calls.size(), 1);
             QVERIFY(f.desktop.calls[0].startsWith("messageBox|Critical|"));
             return;
         }
-        QVERIFY(f.desktop.calls.isEmpty());
         QCOMPARE(f.read("corvane.ini"),
                  "\r\n 1 \r\n 0 \r\n 0 \r\n\r\n5\r\n5\r\n 0 \r\n 0 \r\n 1 \r\n10\r\n10\r\n 1 \r\n"
                  "False\r\nTrue\r\nFalse\r\nTrue\r\nFalse\r\n 1 \r\n" +
