@@ -3,9 +3,9 @@
 // What the fuzz targets share: the input as Qt bytes, files in a folder of this process, and
 // checks that stop the run like a crash, so that libFuzzer keeps the input that broke them.
 #include "failure.h"
+#include "files.h"
 
 #include <QByteArray>
-#include <QFile>
 #include <QTemporaryDir>
 #include <cstdint>
 #include <cstdio>
@@ -43,16 +43,6 @@ inline const QTemporaryDir &scratchFolder()
 inline QString fileWith(const QString &name, const QByteArray &bytes)
 {
     const QString path = scratchFolder().filePath(name);
-    QFile file(path);
-    require(file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
-                file.write(bytes) == bytes.size(),
-            "the temporary file is written");
+    require(writeFile(path, bytes), "the temporary file is written");
     return path;
-}
-
-inline QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    require(file.open(QIODevice::ReadOnly), "the file written is there");
-    return file.readAll();
 }

@@ -41,8 +41,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     // Read and written again, the file stays as the program wrote it; a file that read without
     // a fault still does. (One that did not may keep the text that failed: the text boxes are
     // saved as they are.)
-    const QByteArray written = contentOf(path);
+    const QByteArray written = readFile(path);
     require(loadAndSave() || !read, "the program reads the settings it wrote");
-    require(contentOf(path) == written, "settings read and written again stay the same");
+    require(readFile(path) == written, "settings read and written again stay the same");
     return 0;
 }

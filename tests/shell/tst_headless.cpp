@@ -8,12 +8,6 @@ namespace {
 
 const QByteArray Content = QByteArray("0123456789abcdef").repeated(20000);
 
-// The program run headless over a program folder, as a person would from a script.
-QStringList headless(const QString &home, const QStringList &urls)
-{
-    return QStringList{"--headless", "--home=" + home} + urls;
-}
-
 } // namespace
 
 class TestHeadless : public QObject
@@ -36,7 +30,8 @@ private Q_SLOTS:
         for (int i = 0; i < 6; ++i)
             urls << server.url(QStringLiteral("a/f%1.bin").arg(i));
 
-        CorvaneProcess run(headless(f.folder(), urls));
+        // Run headless over its program folder, as a person would from a script.
+        CorvaneProcess run(QStringList{"--headless", "--home=" + f.folder()} + urls);
         QCOMPARE(run.waitForExit(30000), 1);
 
         for (int i = 0; i < 6; ++i)
@@ -66,7 +61,7 @@ private Q_SLOTS:
             return reply;
         });
         const QString path = f.path("download/f.bin");
-        CorvaneProcess first(headless(f.folder(), {server.url("f.bin")}));
+        CorvaneProcess first({"--headless", "--home=" + f.folder(), server.url("f.bin")});
         QTRY_COMPARE_WITH_TIMEOUT(QFileInfo(path).size(), qint64(100000), 20000);
         first.terminate(); // SIGTERM
         QCOMPARE(first.waitForExit(10000), 1);

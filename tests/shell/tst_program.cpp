@@ -1,11 +1,20 @@
 #include "corvaneprocess.h"
+#include "mainwindow.h"
+#include "program.h"
 #include "scriptedhttpserver.h"
 #include "settingsfixture.h"
 #include "singleinstance.h"
 #include "xserver.h"
 
+#include <QApplication>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QDialog>
+#include <QLabel>
 #include <QLocalSocket>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <QSysInfo>
 #include <QTest>
 
@@ -13,17 +22,35 @@ namespace {
 
 const QByteArray Content = QByteArray("Corvane ").repeated(300000);
 
+// Copies `text` as another program would: xclip owns the clipboard until the next copy, and
+// ends with the X server.
+bool copy(const XServer &x, const QString &text)
+{
+    QSignalSpy changed(QGuiApplication::clipboard(), &QClipboard::dataChanged);
+    QProcess xclip;
+    xclip.setProcessEnvironment(x.environment());
+    xclip.setStandardOutputFile(QProcess::nullDevice());
+    xclip.setStandardErrorFile(QProcess::nullDevice());
+    xclip.start("xclip", {"-selection", "clipboard"});
+    xclip.write(text.toUtf8());
+    xclip.closeWriteChannel();
+    return xclip.waitForFinished(5000) && (changed.count() > 0 || changed.wait(5000));
+}
+
 } // namespace
 
 class TestProgram : public QObject
 {
     Q_OBJECT
 
+    const XServer &m_x;
+
+public:
+    explicit TestProgram(const XServer &x) : m_x(x) {}
+
 private Q_SLOTS:
     void downloadsTakesOverAndLeaves()
     {
-        XServer x;
-        QVERIFY2(x.start(), qPrintable(x.error()));
         SettingsFixture home;
         QVERIFY(home.saveQuiet()); // so that the start asks nothing
         ScriptedHttpServer server([](const QByteArray &request, int) {
@@ -32,7 +59,7 @@ private Q_SLOTS:
         // The lock left by a program that was killed is taken over.
         home.write("corvane.lock",
                    "999999\ncorvane\n" + QSysInfo::machineHostName().toUtf8() + "\n");
-        CorvaneProcess first({"--home", home.folder(), server.url("f.bin")}, x.environment(),
+        CorvaneProcess first({"--home", home.folder(), server.url("f.bin")}, m_x.environment(),
                              QProcess::ForwardedErrorChannel);
         QTRY_COMPARE_WITH_TIMEOUT(home.read("download/f.bin").size(), Content.size(), 20000);
 
@@ -50,7 +77,7 @@ private Q_SLOTS:
         // A second start on the same folder hands its addresses over and ends at once.
         CorvaneProcess second(
             {"--home", home.folder(), server.url("a.bin"), "zelq:" + server.url("b.bin")},
-            x.environment(), QProcess::ForwardedErrorChannel);
+            m_x.environment(), QProcess::ForwardedErrorChannel);
         QCOMPARE(second.waitForExit(10000), 0);
         QTRY_COMPARE_WITH_TIMEOUT(home.read("download/b.bin").size(), Content.size(), 20000);
         QTRY_COMPARE_WITH_TIMEOUT(home.read("download/a.bin").size(), Content.size(), 20000);
@@ -62,10 +89,10 @@ private Q_SLOTS:
 
         // What a person does to leave: the Archivo menu, then Salir, with the keyboard. The keys go
         // to whatever has the focus; the window is gone by the time they are done.
-        QCOMPARE(x.run("xdotool",
-                       {"search", "--sync", "--onlyvisible", "--name", "^Corvane$", "windowfocus"}),
+        QCOMPARE(m_x.run("xdotool", {"search", "--sync", "--onlyvisible", "--name", "^Corvane$",
+                                     "windowfocus"}),
                  0);
-        x.run("xdotool", {"key", "--delay", "300", "alt+a", "s"});
+        m_x.run("xdotool", {"key", "--delay", "300", "alt+a", "s"});
         QCOMPARE(first.waitForExit(10000), 0);
         for (const char *name : {"f.bin", "a.bin", "b.bin"})
             QCOMPARE(home.read(QString("download/") + name), Content);
@@ -76,10 +103,9 @@ private Q_SLOTS:
 
     void keyboardAndScreenReader()
     {
-        // setup: an empty program folder, as a new user has; a server that sends a little and then
-        // nothing, so the download is still there at the end
-        XServer x;
-        QVERIFY2(x.start(), qPrintable(x.error()));
+        // An empty program folder, as a new user has; a server that sends a little and then
+        // nothing, so the download is still there at the end. A click into the quick-add box, the
+        // address typed, Enter; the accessibility tree read as a screen reader does.
         SettingsFixture home;
         ScriptedHttpServer server([](const QByteArray &request, int) {
             HttpReply reply = ScriptedHttpServer::file(Content, request, true);
@@ -88,11 +114,8 @@ private Q_SLOTS:
             return reply;
         });
         const QString url = server.url("x.wav");
-
-        // action: a click into the quick-add box, the address typed, Enter; the accessibility tree
-        // read as a screen reader does
         QProcess reader;
-        reader.setProcessEnvironment(x.environment());
+        reader.setProcessEnvironment(m_x.environment());
         reader.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         reader.start("dbus-run-session",
                      {"--", "/usr/bin/python3",
@@ -102,10 +125,9 @@ private Q_SLOTS:
         QCOMPARE(reader.exitCode(), 0);
         const QStringList said = QString::fromUtf8(reader.readAllStandardOutput()).split('\n');
 
-        // verify: the row is there and kept in the list; each panel is read by its text, with its
-        // tooltip after it
-        // A first start asks nothing (a question would have taken the keys) and writes the
-        // settings.
+        // The row is there and kept in the list; each panel is read by its text, with its tooltip
+        // after it. A first start asks nothing (a question would have taken the keys) and writes
+        // the settings.
         QVERIFY2(said.contains("row|" + url), qPrintable(said.join('\n')));
         QVERIFY(QFile::exists(home.path("corvane.ini")));
         QVERIFY(home.read("activas.dwn").startsWith(QByteArray(url.toUtf8() + "\r\n")));
@@ -120,9 +142,8 @@ private Q_SLOTS:
 
     void browserLinks()
     {
-        // setup: a page whose links are clicked as soon as it is shown, the browser window shown
-        XServer x;
-        QVERIFY2(x.start(), qPrintable(x.error()));
+        // A page whose links are clicked as soon as it is shown, the browser window shown: the
+        // zelq: link's file is downloaded, the _blank link opens nothing.
         SettingsFixture home;
         QVERIFY(home.saveQuiet());
         home.write("view.win", QByteArray::fromHex("ffff0000ffff00000000ffffffff"));
@@ -138,19 +159,72 @@ private Q_SLOTS:
                     "<script>for (const id of ['b', 'z']) document.getElementById(id).click();"
                     "</script></body></html>");
         });
-        QProcessEnvironment environment = x.environment();
+        QProcessEnvironment environment = m_x.environment();
         environment.insert("CORVANE_HOME_PAGE", server.url("pagina.html"));
         CorvaneProcess corvane({"--home", home.folder()}, environment,
                                QProcess::ForwardedErrorChannel);
-
-        // verify: the zelq: link's file is downloaded, the _blank link opened nothing
         QTRY_COMPARE_WITH_TIMEOUT(home.read("download/z.bin"), Content, 30000);
         QCOMPARE(server.requests().size(), 2);
         // The notice of the added link is up; the program ends all the same, as on logging out.
         corvane.terminate();
         QCOMPARE(corvane.waitForExit(10000), 0);
     }
+
+    // The program in this process, so that the clipboard is the real one of the X server.
+    void clipboardOfferedOnce()
+    {
+        // The link grabber wants PDF files too; the watch is off, as at first. Then the watch is
+        // switched on in the settings window, and one copy follows another: what is offered is in
+        // the quick-add box and said in the messages' panel, nothing asked.
+        SettingsFixture home;
+        QVERIFY(home.saveQuiet());
+        home.write("listado.lst", "exe\r\n.pdf\r\n");
+        Program program(ProgramFolder(home.dir.path()), {}, home.desktop);
+        program.start();
+        QTRY_VERIFY(program.mainWindow() && program.mainWindow()->isVisible());
+        MainWindow *main = program.mainWindow();
+        QComboBox *quickadd = main->quickadd();
+        const auto *mensajes = main->findChild<QLabel *>("mensajes");
+        const QString first = "http://127.0.0.1:9/a.zip";
+        QVERIFY(copy(m_x, first));
+        QCOMPARE(quickadd->currentText(), QString());
+
+        auto *cfg = main->findChild<QDialog *>("cfg");
+        cfg->findChild<QCheckBox *>("portapapeles")->click();
+        cfg->accept();
+        // Copied, and offered (empty: nothing).
+        const QList<std::pair<QString, QString>> copies{
+            {first, first},
+            {"  https://127.0.0.1:9/dir/Setup.EXE \n", "https://127.0.0.1:9/dir/Setup.EXE"},
+            {first, ""},
+            {"http://127.0.0.1:9/pagina.html", ""},
+            {"http://127.0.0.1:9/c.zip http://127.0.0.1:9/d.zip", ""},
+            {"Bájese http://127.0.0.1:9/g.zip", ""},
+        };
+        for (const auto &[copied, offered] : copies) {
+            quickadd->setEditText(QString());
+            QVERIFY2(copy(m_x, copied), qPrintable(copied));
+            QCOMPARE(quickadd->currentText(), offered);
+            if (!offered.isEmpty())
+                QVERIFY2(mensajes->text().contains(offered), qPrintable(mensajes->text()));
+        }
+        QCOMPARE(home.desktop.calls, QStringList());
+        QVERIFY(home.read("preferencias.ini").contains("portapapeles=true"));
+        main->close();
+    }
 };
 
-QTEST_GUILESS_MAIN(TestProgram)
+// The tests' own X server, also this process's display.
+int main(int argc, char *argv[])
+{
+    XServer x;
+    if (!x.start())
+        qFatal("%s", qPrintable(x.error()));
+    qputenv("DISPLAY", x.display().toLatin1());
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    QApplication app(argc, argv);
+    TestProgram test(x);
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_program.moc"

@@ -10,19 +10,14 @@
 // What the server sends back for one request.
 struct HttpReply
 {
-    QByteArray bytes;
-    qint64 dropAfter = -1;    // close once this many bytes are sent
-    bool stall = false;       // after sending, keep the connection open and silent
-    QList<QByteArray> chunks; // instead of `bytes`: sent one by one, a little apart
-    int gapMs = 40;           // between two of the chunks
-    int delayMs = 0;          // before anything is sent
+    QByteArray bytes = {};
+    qint64 dropAfter = -1;         // close once this many bytes are sent
+    bool stall = false;            // after sending, keep the connection open and silent
+    QList<QByteArray> chunks = {}; // instead of `bytes`: sent one by one, a little apart
+    int gapMs = 40;                // between two of the chunks
+    int delayMs = 0;               // before anything is sent
 
-    static HttpReply of(QByteArray bytes)
-    {
-        HttpReply reply;
-        reply.bytes = std::move(bytes);
-        return reply;
-    }
+    static HttpReply of(QByteArray bytes) { return HttpReply{.bytes = std::move(bytes)}; }
 };
 
 // An HTTP server on 127.0.0.1 that records every request byte for byte and answers each with

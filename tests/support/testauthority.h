@@ -1,5 +1,7 @@
 #pragma once
 
+#include "files.h"
+
 #include <QFile>
 #include <QProcess>
 #include <QSslConfiguration>
@@ -45,10 +47,8 @@ public:
     // A certificate signed by this authority for `altNames`, e.g. "IP:127.0.0.1,DNS:localhost".
     ServerCertificate issue(const QString &name, const QString &altNames)
     {
-        QFile extensions(m_dir.filePath(name + QStringLiteral(".ext")));
-        if (extensions.open(QIODevice::WriteOnly))
-            extensions.write("subjectAltName=" + altNames.toUtf8() + "\n");
-        extensions.close();
+        writeFile(m_dir.filePath(name + QStringLiteral(".ext")),
+                  "subjectAltName=" + altNames.toUtf8() + "\n");
         const bool made =
             openssl(QStringLiteral("req -new -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 "
                                    "-nodes -keyout %1.key -out %1.csr -subj /CN=%1")
