@@ -364,8 +364,7 @@ void HttpTransfer::writeMainPart(QByteArrayView bytes)
 
 void HttpTransfer::mainPartLost()
 {
-    m_events.message(QStringLiteral("Se ha perdido una conexión con ") + m_slot.Data +
-                     QStringLiteral(" . Reconectando..."));
+    m_events.message(m_segments->connectionLost());
     leave();
     m_segments->mainLost();
 }

@@ -133,8 +133,7 @@ bool PartConnection::answersRequest(QByteArrayView head) const
 void PartConnection::closedByPeer()
 {
     close();
-    m_owner.partLost(*this, QStringLiteral("Se ha perdido una conexión con ") +
-                                m_owner.slot().Data + QStringLiteral(" . Reconectando..."));
+    m_owner.partLost(*this, m_owner.connectionLost());
 }
 
 void PartConnection::failed(QAbstractSocket::SocketError error)

@@ -106,6 +106,12 @@ void Segments::mainLost()
         open(*index, m_context.settings.segsv * 1000);
 }
 
+QString Segments::connectionLost() const
+{
+    return QStringLiteral("Se ha perdido una conexión con ") + m_slot.Data +
+           QStringLiteral(" . Reconectando...");
+}
+
 void Segments::partDone(PartConnection &connection)
 {
     m_plan.release(connection.part());

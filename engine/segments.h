@@ -78,6 +78,9 @@ public:
     // The main connection failed: its part is fetched again by a connection of the segments.
     void mainLost();
 
+    // The message for a connection that ended before its part did.
+    QString connectionLost() const;
+
     // What a connection tells.
     void partDone(PartConnection &connection);
     void partLost(PartConnection &connection, const QString &why);
